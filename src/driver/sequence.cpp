@@ -42,7 +42,7 @@ bool isStepEnabled(const RunStep& step, const Settings& settings) {
         case SwitchRule::enabled:
             return holdsWord(settings.*step.switchSetting, "ENABLE");
         case SwitchRule::unlessDisabled:
-            return settings.*step.switchSetting != "DISABLE";
+            return !holdsWord(settings.*step.switchSetting, "DISABLE");
         case SwitchRule::always:
             break;
     }

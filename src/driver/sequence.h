@@ -20,7 +20,7 @@ enum class StepGuard {
 enum class SwitchRule {
     always,          ///< the step has no switch
     enabled,         ///< runs when the switch holds "ENABLE" in any letter case
-    unlessDisabled,  ///< runs unless the switch is exactly "DISABLE"
+    unlessDisabled,  ///< runs unless the switch holds "DISABLE" in any letter case
 };
 
 struct RunStep {

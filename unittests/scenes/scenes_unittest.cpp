@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <regex>
+#include <set>
 #include <sstream>
 
 #include "fakes/captured_console.h"
@@ -142,6 +143,14 @@ public:
 
     void TestBody() override {
         const TemporaryDirectory directory;
+        for (const auto& [section, text] : scene_.sections) {
+            if (section.rfind("given ", 0) == 0) {
+                TemporaryDirectory::write(section.substr(6), text);
+                known_.push_back(section);
+            }
+        }
+        std::istringstream input(scene_.text("input"));
+        std::streambuf* const formerInput = std::cin.rdbuf(input.rdbuf());
         FakePlatform machine;
         machine.clock.nanosecondsPerLook = 1000;
         for (const std::string& line : scene_.lines("machine")) {
@@ -165,6 +174,7 @@ public:
             }
             console = captured.text();
         }
+        std::cin.rdbuf(formerInput);
         judge("console", shown(console));
         judge("log", shown(aftermath.log));
         judge("outcome", aftermath.outcome);
@@ -173,10 +183,17 @@ public:
         judge("calls", joined(machine.ring0.calls));
         judge("command lines", joined(machine.interpreter.commandLines));
         judge("blocks", joined(machine.memory.calls));
-        for (const auto& file : std::filesystem::directory_iterator(".")) {
-            const std::string name = file.path().filename().string();
+        std::set<std::string> files;
+        static const std::regex fileSection("file (.*?)( has| lacks)?");
+        for (const auto& [section, text] : scene_.sections) {
+            if (std::smatch match; std::regex_match(section, match, fileSection)) {
+                files.insert(match[1]);
+            }
+        }
+        for (const std::string& name : files) {
             judge("file " + name, shown(TemporaryDirectory::read(name)));
         }
+        judge("input left", std::string(std::istreambuf_iterator<char>(input), {}));
         for (const auto& [section, text] : scene_.sections) {
             EXPECT_NE(std::find(known_.begin(), known_.end(), section), known_.end())
                 << "there is no section '" << section << "'";
@@ -191,6 +208,7 @@ private:
     void judge(const std::string& section, const std::string& actual) {
         known_.push_back(section);
         known_.push_back(section + " has");
+        known_.push_back(section + " lacks");
         if (const auto expected = scene_.sections.find(section);
             expected != scene_.sections.end()) {
             judged_ = true;
@@ -203,11 +221,14 @@ private:
             EXPECT_NE(actual.find(line), std::string::npos) << section << " lacks " << line << "\n"
                                                             << actual;
         }
+        for (const std::string& line : scene_.lines(section + " lacks")) {
+            EXPECT_EQ(actual.find(line), std::string::npos) << section << " has " << line;
+        }
     }
 
     Scene scene_;
     bool judged_ = false;
-    std::vector<std::string> known_{"test", "run", "config", "machine", "settings"};
+    std::vector<std::string> known_{"test", "run", "config", "machine", "settings", "input"};
 };
 
 }  // namespace
