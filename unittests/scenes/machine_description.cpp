@@ -1,8 +1,10 @@
 #include "scenes/machine_description.h"
 
 #include <algorithm>
-#include <functional>
+#include <deque>
 #include <iterator>
+#include <map>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
@@ -18,8 +20,7 @@ class Values {
 public:
     explicit Values(const std::string& text) : input_(text) {}
 
-    std::uint64_t hex() { return std::stoull(word(), nullptr, 16); }
-    std::uint64_t decimal() { return std::stoull(word()); }
+    bool done() { return (input_ >> std::ws).eof(); }
     std::string word() {
         std::string value;
         if (!(input_ >> value)) {
@@ -32,162 +33,159 @@ public:
         std::getline(input_ >> std::ws, value);
         return value;
     }
-    bool done() { return (input_ >> std::ws).eof(); }
+    template <typename Number = std::uint32_t>
+    Number hex() {
+        return static_cast<Number>(std::stoull(word(), nullptr, 16));
+    }
+    template <typename Number>
+    Number decimal() {
+        return static_cast<Number>(std::stoull(word()));
+    }
     /// All that are left.
-    template <typename Value>
-    std::deque<Value> all(std::uint64_t (Values::*next)()) {
-        std::deque<Value> values;
+    template <typename Number>
+    std::deque<Number> all(int base) {
+        std::deque<Number> values;
         while (!done()) {
-            values.push_back(static_cast<Value>((this->*next)()));
+            values.push_back(static_cast<Number>(std::stoull(word(), nullptr, base)));
         }
         return values;
     }
-    std::uint32_t hex32() { return static_cast<std::uint32_t>(hex()); }
     /// BUS:DEVICE.FUNCTION as a packed address.
     std::uint32_t address() {
-        const std::string place = word();
         unsigned bus = 0;
         unsigned device = 0;
         unsigned function = 0;
-        if (std::sscanf(place.c_str(), "%x:%x.%x", &bus, &device, &function) != 3) {
-            throw std::runtime_error("not a place on the bus: " + place);
+        if (std::sscanf(word().c_str(), "%x:%x.%x", &bus, &device, &function) != 3) {
+            throw std::runtime_error("not a place on the bus");
         }
         return pciAddress(bus, device, function);
     }
-    std::optional<std::uint64_t> decimalOrNone() {
-        const std::string value = word();
-        return value == "none" ? std::nullopt : std::optional<std::uint64_t>(std::stoull(value));
+    /// The numbers that are left; nothing for "none".
+    std::optional<std::vector<std::uint64_t>> numbersOrNone() {
+        const std::string first = word();
+        if (first == "none") {
+            return std::nullopt;
+        }
+        const std::deque<std::uint64_t> more = all<std::uint64_t>(10);
+        std::vector<std::uint64_t> numbers{std::stoull(first)};
+        numbers.insert(numbers.end(), more.begin(), more.end());
+        numbers.resize(3);
+        return numbers;
     }
 
 private:
     std::istringstream input_;
 };
 
-using Word = void (*)(FakePlatform& machine, Values& values);
-
-const std::map<std::string, Word>& words() {
-    static const std::map<std::string, Word> table{
-        {"vendor", [](auto& m, auto& v) { m.processor.setVendor(v.rest()); }},
-        {"brand", [](auto& m, auto& v) { m.processor.setBrand(v.rest()); }},
-        {"signature",
-         [](auto& m, auto& v) {
-             const std::uint32_t family = v.hex32();
-             const std::uint32_t model = v.hex32();
-             m.processor.setSignature(family, model, v.done() ? 0 : v.hex32());
-         }},
-        {"features",
-         [](auto& m, auto& v) {
-             const std::uint32_t ecx = v.hex32();
-             m.processor.setFeatures(ecx, v.hex32());
-         }},
-        {"leaf",
-         [](auto& m, auto& v) {
-             const std::uint32_t leaf = v.hex32();
-             CpuidRegisters& registers = m.processor.leaves[{leaf, v.hex32()}];
-             for (std::uint32_t* part :
-                  {&registers.eax, &registers.ebx, &registers.ecx, &registers.edx}) {
-                 *part = v.hex32();
-             }
-         }},
-        {"xcr0", [](auto& m, auto& v) { m.processor.xcr0 = v.hex(); }},
-        {"packages",
-         [](auto& m, auto& v) { m.processor.packages = static_cast<unsigned>(v.decimal()); }},
-        {"ticks",
-         [](auto& m, auto& v) {
-             for (const std::uint64_t stamp : v.template all<std::uint64_t>(&Values::decimal)) {
-                 m.processor.timestamps.push_back(stamp);
-             }
-         }},
-        {"ticks-per-reading",
-         [](auto& m, auto& v) {
-             const std::uint64_t step = v.decimal();
-             for (std::uint64_t reading = 0; reading < 40; ++reading) {
-                 m.processor.timestamps.push_back(reading * step);
-             }
-         }},
-        {"initialize",
-         [](auto& m, auto& v) {
-             m.ring0.initializeResults = v.template all<std::uint32_t>(&Values::decimal);
-         }},
-        {"status",
-         [](auto& m, auto& v) {
-             m.ring0.statusResults = v.template all<std::uint32_t>(&Values::decimal);
-         }},
-        {"msr",
-         [](auto& m, auto& v) {
-             const std::uint32_t index = v.hex32();
-             m.ring0.msrs[index] = v.template all<std::uint64_t>(&Values::hex);
-         }},
-        {"refuse-msr-writes", [](auto& m, auto&) { m.ring0.refuseMsrWrites = true; }},
-        {"pci-word",
-         [](auto& m, auto& v) {
-             const std::uint32_t address = v.address();
-             const std::uint32_t offset = v.hex32();
-             m.ring0.setPciWord(address, offset, static_cast<std::uint16_t>(v.hex()));
-         }},
-        {"pci-dword",
-         [](auto& m, auto& v) {
-             const std::uint32_t address = v.address();
-             const std::uint32_t offset = v.hex32();
-             m.ring0.setPciDword(address, offset, v.hex32());
-         }},
-        {"refuse-checked-pci", [](auto& m, auto&) { m.ring0.refuseCheckedPciReads = true; }},
-        {"now",
-         [](auto& m, auto& v) { m.clock.nowNanoseconds = static_cast<std::int64_t>(v.decimal()); }},
-        {"per-look",
-         [](auto& m, auto& v) {
-             m.clock.nanosecondsPerLook = static_cast<std::int64_t>(v.decimal());
-         }},
-        {"counter-frequency",
-         [](auto& m, auto& v) { m.clock.frequency = static_cast<std::int64_t>(v.decimal()); }},
-        {"system-version",
-         [](auto& m, auto& v) {
-             const std::optional<std::uint64_t> major = v.decimalOrNone();
-             m.memory.version.reset();
-             if (major.has_value()) {
-                 const auto minor = static_cast<std::uint32_t>(v.decimal());
-                 const auto pack = v.done() ? 0U : static_cast<std::uint32_t>(v.decimal());
-                 m.memory.version = SystemVersion{static_cast<std::uint32_t>(*major), minor, pack};
-             }
-         }},
-        {"installed-kilobytes", [](auto& m, auto& v) { m.memory.installed = v.decimalOrNone(); }},
-        {"managed-bytes",
-         [](auto& m, auto& v) {
-             const std::optional<std::uint64_t> total = v.decimalOrNone();
-             m.memory.managed.reset();
-             if (total.has_value()) {
-                 m.memory.managed = MemoryStatus{*total, v.decimal()};
-             }
-         }},
-        {"granted-blocks", [](auto& m, auto& v) { m.memory.grantedBlocks = v.decimal(); }},
-        {"granted-locks", [](auto& m, auto& v) { m.memory.grantedLocks = v.decimal(); }},
-        {"program", [](auto& m, auto& v) { m.interpreter.existingFiles.push_back(v.rest()); }},
-        {"program-answers",
-         [](auto& m, auto& v) { m.interpreter.result = static_cast<int>(v.decimal()); }},
-        {"sensor",
-         [](auto& m, auto& v) {
-             const auto current = static_cast<long>(v.decimal());
-             m.temperatureSensors.sensors.push_back({current, static_cast<long>(v.decimal())});
-         }},
-        {"display",
-         [](auto& m, auto& v) {
-             m.display.there = v.word() == "present";
-             if (!v.done()) {
-                 m.display.mode.width = static_cast<std::uint32_t>(v.decimal());
-                 m.display.mode.height = static_cast<std::uint32_t>(v.decimal());
-                 m.display.mode.orientation = static_cast<std::uint32_t>(v.decimal());
-             }
-         }},
-    };
-    return table;
+void setLeaf(FakePlatform& machine, Values& values) {
+    const auto leaf = values.hex();
+    CpuidRegisters& registers = machine.processor.leaves[{leaf, values.hex()}];
+    for (std::uint32_t* part : {&registers.eax, &registers.ebx, &registers.ecx, &registers.edx}) {
+        *part = values.hex();
+    }
 }
+
+void setVersion(FakePlatform& machine, Values& values) {
+    machine.memory.version.reset();
+    if (const auto numbers = values.numbersOrNone()) {
+        const auto part = [&](std::size_t i) { return static_cast<std::uint32_t>((*numbers)[i]); };
+        machine.memory.version = SystemVersion{part(0), part(1), part(2)};
+    }
+}
+
+void setInstalled(FakePlatform& machine, Values& values) {
+    const auto numbers = values.numbersOrNone();
+    machine.memory.installed = numbers ? std::optional(numbers->front()) : std::nullopt;
+}
+
+void setManaged(FakePlatform& machine, Values& values) {
+    const auto numbers = values.numbersOrNone();
+    machine.memory.managed =
+        numbers ? std::optional(MemoryStatus{(*numbers)[0], (*numbers)[1]}) : std::nullopt;
+}
+
+void setDisplay(FakePlatform& machine, Values& values) {
+    machine.display.there = values.word() == "present";
+    if (const std::deque<std::uint32_t> mode = values.all<std::uint32_t>(10); mode.size() == 3) {
+        machine.display.mode = {mode[0], mode[1], mode[2]};
+    }
+}
+
+using M = FakePlatform;
+using V = Values;
+
+// Values are read in the order in which they stand: no two of them in one call.
+const std::map<std::string, void (*)(M& machine, V& values)> words{
+    {"vendor", [](M& m, V& v) { m.processor.setVendor(v.rest()); }},
+    {"brand", [](M& m, V& v) { m.processor.setBrand(v.rest()); }},
+    {"signature",
+     [](M& m, V& v) {
+         std::deque<std::uint32_t> parts = v.all<std::uint32_t>(16);
+         parts.resize(3);
+         m.processor.setSignature(parts[0], parts[1], parts[2]);
+     }},
+    {"features",
+     [](M& m, V& v) {
+         const auto ecx = v.hex();
+         m.processor.setFeatures(ecx, v.hex());
+     }},
+    {"leaf", setLeaf},
+    {"xcr0", [](M& m, V& v) { m.processor.xcr0 = v.hex(); }},
+    {"packages", [](M& m, V& v) { m.processor.packages = v.decimal<unsigned>(); }},
+    {"ticks", [](M& m, V& v) { m.processor.timestamps = v.all<std::uint64_t>(10); }},
+    {"ticks-per-reading",
+     [](M& m, V& v) {
+         const auto step = v.decimal<std::uint64_t>();
+         for (std::uint64_t reading = 0; reading < 40; ++reading) {
+             m.processor.timestamps.push_back(reading * step);
+         }
+     }},
+    {"initialize", [](M& m, V& v) { m.ring0.initializeResults = v.all<std::uint32_t>(10); }},
+    {"status", [](M& m, V& v) { m.ring0.statusResults = v.all<std::uint32_t>(10); }},
+    {"msr",
+     [](M& m, V& v) {
+         const auto index = v.hex();
+         m.ring0.msrs[index] = v.all<std::uint64_t>(16);
+     }},
+    {"refuse-msr-writes", [](M& m, V&) { m.ring0.refuseMsrWrites = true; }},
+    {"pci-word",
+     [](M& m, V& v) {
+         const auto address = v.address();
+         const auto offset = v.hex();
+         m.ring0.setPciWord(address, offset, v.hex<std::uint16_t>());
+     }},
+    {"pci-dword",
+     [](M& m, V& v) {
+         const auto address = v.address();
+         const auto offset = v.hex();
+         m.ring0.setPciDword(address, offset, v.hex());
+     }},
+    {"refuse-checked-pci", [](M& m, V&) { m.ring0.refuseCheckedPciReads = true; }},
+    {"now", [](M& m, V& v) { m.clock.nowNanoseconds = v.decimal<std::int64_t>(); }},
+    {"per-look", [](M& m, V& v) { m.clock.nanosecondsPerLook = v.decimal<std::int64_t>(); }},
+    {"breaks-at", [](M& m, V& v) { m.clock.breaksAt = v.decimal<std::int64_t>(); }},
+    {"counter-frequency", [](M& m, V& v) { m.clock.frequency = v.decimal<std::int64_t>(); }},
+    {"system-version", setVersion},
+    {"installed-kilobytes", setInstalled},
+    {"managed-bytes", setManaged},
+    {"granted-blocks", [](M& m, V& v) { m.memory.grantedBlocks = v.decimal<std::uint64_t>(); }},
+    {"granted-locks", [](M& m, V& v) { m.memory.grantedLocks = v.decimal<std::uint64_t>(); }},
+    {"program", [](M& m, V& v) { m.interpreter.existingFiles.push_back(v.rest()); }},
+    {"program-answers", [](M& m, V& v) { m.interpreter.result = v.decimal<int>(); }},
+    {"sensor",
+     [](M& m, V& v) {
+         const auto current = v.decimal<long>();
+         m.temperatureSensors.sensors.push_back({current, v.decimal<long>()});
+     }},
+    {"display", setDisplay},
+};
 
 }  // namespace
 
 void describeMachine(FakePlatform& machine, const std::string& line) {
     Values values(line);
-    const auto found = words().find(values.word());
-    if (found == words().end()) {
+    const auto found = words.find(values.word());
+    if (found == words.end()) {
         throw std::runtime_error("what of the machine is this: " + line);
     }
     found->second(machine, values);

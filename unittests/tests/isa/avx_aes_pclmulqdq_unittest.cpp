@@ -54,54 +54,6 @@ struct TestRun {
     }
 };
 
-TEST(AvxAesPclmulqdqTest, PassesOnThisProcessorWithTheWholeReport) {
-    if (!hostReports(everything)) {
-        GTEST_SKIP() << "this processor lacks AVX, AES or PCLMULQDQ";
-    }
-    TestRun run(everything, 7);  // the simulated clock stands: both times are 0
-    run.code = testAvxAesPclmulqdq(run.result, Settings(), run.record, run.log);
-    EXPECT_EQ(run.console.text(),
-              consoleHead +
-                  " (AVX)\t\t - Advanced Vector Extension Supported --> \tYes\n"
-                  " (AVX OS Support)- AVX Operating System Supported -->\t\tYes\n"
-                  " (AES)\t\t - Advanced Encryption Standard Supported -->\tYes\n"
-                  " (PCLMULQDQ)\t - Polys Carry-Less Multiply Supported -->\tYes\n"
-                  "\t--- AVX AES PCLMULQDQ capabilities check complete ---\n\n"
-                  "Testing AVX\n"
-                  "AVX 256bit Optimized code equals the reference!\n"
-                  "\nCode with no optimization runs 0.0000000000 seconds\n"
-                  "Code with 256 bit AVX optimization runs 0.0000000000 seconds\n"
-                  "Passed AVX Optimise Time Compare Test\n\n"
-                  "Testing AES\n"
-                  "AES Decoded Data using _mm_aesdec instruction Passed \n"
-                  "AES Decoded Data using _mm_aesdeclast instruction Passed \n"
-                  "AES Encoded Data using _mm_aesenc instruction Passed \n"
-                  "AES Encoded Data using _mm_aesenclast instruction Passed \n"
-                  "AES Inverse Mix Column Data using _mm_aesimc instruction Passed \n"
-                  "AES Round Key Data using _mm_aeskeygenassist instruction Passed \n"
-                  "Passed AES Test\n\n"
-                  "Testing PCLMULQDQ\n"
-                  "PCLMULQDQ Test1 using _mm_clmulepi64 instruction Passed \n"
-                  "PCLMULQDQ Test2 using _mm_clmulepi64 instruction Passed \n"
-                  "Passed PCLMULQDQ Test\n\n"
-                  "AVX AES PCLMULQDQ Testing Passed !!\n");
-    EXPECT_EQ(run.log, logHead +
-                           "AVX\t\t - Advanced Vector Extensions Supported -->\tYes\n"
-                           "AVX OS Support   - AVX Operating System Supported -->\t\tYes\n"
-                           "AES\t\t - Advanced Encryption Standard Supported -->\tYes\n"
-                           "PCLMULQDQ\t - Polys Carry-Less Multiply Supported -->\tYes\n"
-                           "\t--- AVX AES PCLMULQDQ capabilities check complete ---\n\n"
-                           "AVX Compare Test Result --- PASS\nAES Test Result --- PASS\n"
-                           "PCLMULQDQ Test Result --- PASS\n"
-                           "AVX AES PCLMULQDQ Testing Passed !! \n");
-    EXPECT_EQ(run.record.name, "AVX Manager");
-    EXPECT_EQ(run.record.version, "V2");
-    EXPECT_EQ(run.record.status, "Pass");
-    EXPECT_EQ(run.record.message, "Pass --- AVX AES PCLMULQDQ Testing complete ---");
-    EXPECT_EQ(run.code, "Code - Undefined");
-    EXPECT_EQ(run.result, VORN_PASS);
-}
-
 struct Row {
     const char* what;
     std::uint32_t ecx;
