@@ -4,6 +4,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "config/nesting.h"
 #include "hw/cpuid.h"
 #include "platform/platform.h"
 #include "report/report.h"
@@ -12,6 +13,8 @@
 namespace vorn {
 
 namespace {
+
+constexpr std::size_t deepestElement = 100;
 
 std::unique_ptr<Configuration>& processSlot() {
     static std::unique_ptr<Configuration> slot = std::make_unique<Configuration>();
@@ -63,6 +66,12 @@ void ConfigurationDocument::load(const std::string& path) {
         platform().process.exit(1);
     }
     size_ = text_.size() - 1;
+    // The parser goes down by recursion: a text that nests without end would exhaust the stack.
+    const std::optional<std::size_t> line = lineNestedBeyond(text_.data(), deepestElement);
+    if (line.has_value()) {
+        throw std::runtime_error(
+            textOf("line ", *line, ": elements nest deeper than ", deepestElement, " levels"));
+    }
     document_.parse<0>(text_.data());
 }
 

@@ -23,7 +23,8 @@ class ConfigurationDocument {
 public:
     /// Reads and parses the file, replacing what was loaded before. A file that cannot be opened
     /// or read writes "File <path> not found!" to the report stream and ends the process with
-    /// status 1. Raises rapidxml::parse_error for text that is not well-formed XML.
+    /// status 1. Raises rapidxml::parse_error for text that is not well-formed XML, and
+    /// std::runtime_error for elements that nest deeper than a hundred levels.
     void load(const std::string& path);
 
     /// The value of `key`, empty when there is none. An empty `selector` looks the key up from the

@@ -1,6 +1,8 @@
 #include "driver/output_files.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
 
 #include "report/text.h"
@@ -55,25 +57,21 @@ std::string xmlEscaped(const std::string& text) {
     return escaped;
 }
 
-void OutputFile::openForWriting(const std::string& name) {
-    open(name, std::ios::in | std::ios::out | std::ios::trunc);
-}
-
-void OutputFile::openForAppending(const std::string& name) {
-    open(name, std::ios::out | std::ios::app);
-}
-
-void OutputFile::open(const std::string& name, std::ios::openmode mode) {
+void OutputFile::open(const std::string& name, Opening opening) {
     name_ = name;
-    data_.stream.open(name, mode);
-    sound_ = true;
-    judge("open");
+    const std::string reason = openOutputStream(data_.stream, name, opening);
+    sound_ = reason.empty();
+    if (!sound_) {
+        giveUp("open", reason);
+    }
 }
 
 void OutputFile::write(const std::string& text) {
     if (sound_) {
         data_.stream << text << std::flush;
-        judge("write");
+        if (!data_.stream) {
+            giveUp("write", std::strerror(errno));
+        }
     }
 }
 
@@ -85,13 +83,10 @@ void OutputFile::writeProvisionally(const std::string& text) {
     }
 }
 
-void OutputFile::judge(const char* action) {
-    if (!data_.stream) {
-        sound_ = false;
-        std::cerr << "Cannot " << action << " " << name_
-                  << " in the current directory: its text is lost, the console has the report."
-                  << std::endl;
-    }
+void OutputFile::giveUp(const char* action, const std::string& reason) {
+    sound_ = false;
+    std::cerr << "Cannot " << action << " " << name_ << " in the current directory (" << reason
+              << "): its text is lost, the console has the report." << std::endl;
 }
 
 void OutputFile::close() {
@@ -107,11 +102,11 @@ ResultsFile::Format ResultsFile::formatOf(const std::string& outFileFormat) {
 
 void ResultsFile::begin(const std::string& processorLabel, const std::string& startTime) {
     if (format_ == Format::text) {
-        file_.openForWriting(resultsTextFileName);
+        file_.open(resultsTextFileName, Opening::replace);
         file_.write(textOf("VORN64 ", revision, "\nProcessor: ", processorLabel,
                            "\nStart: ", startTime, "\n\n"));
     } else if (format_ == Format::xml) {
-        file_.openForWriting(resultsXmlFileName);
+        file_.open(resultsXmlFileName, Opening::replace);
         file_.write("<?xml version=\"1.0\"?>\n<VORN" + xmlAttribute("revision", revision) +
                     xmlAttribute("processor", processorLabel) + xmlAttribute("start", startTime) +
                     ">\n");
@@ -180,7 +175,7 @@ void PassFailFile::pass() {
 void PassFailFile::write(const std::string& text) {
     TextData data;
     OutputFile file(data);
-    file.openForWriting(pendingPassFailFileName);
+    file.open(pendingPassFailFileName, Opening::replace);
     file.write(xml_ ? "<PassFail>" + xmlEscaped(text) + "</PassFail>\n" : text + "\n");
     written_ = file.isSound();
     file.close();

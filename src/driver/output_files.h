@@ -8,6 +8,7 @@
 
 #include "config/settings.h"
 #include "interface/common_runner.h"
+#include "platform/output_stream.h"
 #include "tests/cpu/temperature_monitor.h"
 #include "vorn/vorn.h"
 
@@ -27,8 +28,8 @@ public:
     /// Writes through `data`, which must outlive this object.
     explicit OutputFile(TextData& data) : data_(data) {}
 
-    void openForWriting(const std::string& name);
-    void openForAppending(const std::string& name);
+    /// Opens a regular file, not through a link.
+    void open(const std::string& name, Opening opening);
 
     /// Appends `text` and hands it to the system. Nothing when the file is not open.
     void write(const std::string& text);
@@ -42,8 +43,7 @@ public:
     void close();
 
 private:
-    void open(const std::string& name, std::ios::openmode mode);
-    void judge(const char* action);
+    void giveUp(const char* action, const std::string& reason);
 
     TextData& data_;
     std::string name_;

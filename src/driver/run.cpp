@@ -120,11 +120,11 @@ void Run::start() {
     const std::string startTime = localTime();
     results_.begin(label_, startTime);
     if (multiProcessor_) {
-        report_.openForAppending(reportFileName);
-        summary_.openForAppending(summaryFileName);
+        report_.open(reportFileName, Opening::append);
+        summary_.open(summaryFileName, Opening::append);
     } else {
-        report_.openForWriting(reportFileName);
-        summary_.openForWriting(summaryFileName);
+        report_.open(reportFileName, Opening::replace);
+        summary_.open(summaryFileName, Opening::replace);
         summary_.write(
             "\n    ---------------\n"
             "    --- Summary ---\n"

@@ -181,5 +181,33 @@ TEST(IntegerOf, ReadsTheLeadingNumberAndNamesWhatIsNone) {
               "range: @PrimeNumGenTimer is \"2147483648\": beyond 32 bits");
 }
 
+TEST_F(ConfigurationTest, RefusesElementsNestedWithoutEnd) {
+    const auto nested = [](std::size_t depth) {
+        std::string text = "<VORN>\n";
+        for (std::size_t level = 0; level < depth; ++level) {
+            text += "<a b='>'>\n";
+        }
+        return text;
+    };
+    const auto message = [](const std::string& text) -> std::string {
+        try {
+            look(text, "@a");
+        } catch (const rapidxml::parse_error& error) {
+            return std::string("the parser's: ") + error.what();
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "read";
+    };
+    EXPECT_EQ(message(nested(100)), "the parser's: unexpected end of data");
+    EXPECT_EQ(message(nested(101)), "line 102: elements nest deeper than 100 levels");
+    EXPECT_EQ(message(nested(1000000)), "line 102: elements nest deeper than 100 levels");
+    std::string many = "<?a <b> ?><!DOCTYPE VORN [<!ELEMENT a (b)> <b>]><VORN>";
+    for (int entry = 0; entry < 1000; ++entry) {
+        many += "<a b='/>'/><!-- <a> --><![CDATA[<a>]]><!x <a><a\n></a>";
+    }
+    EXPECT_EQ(message(many + "</VORN>"), "read");
+}
+
 }  // namespace
 }  // namespace vorn
