@@ -196,7 +196,7 @@ TEST_F(RunTest, RunsTheMultiProcessorStressTestAloneInItsMode) {
         "\n" + dashes + "\n--- Multi Processor Stress Test ---\n" + dashes + "\n\n";
     const std::string fileStart = start + "\n--- VORN64 - rev2.20.0.0.W.MP ---\n\n" +
                                   "\n--- Start Time:" + time_ + "---\n\n" +
-                                  "\n --- Multi Proc Load --- \n\n";
+                                  "\n --- Multi Proc Load --- \n\n\n";
     const std::string level =
         " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n";
     for (const char* mode : {"MP", "mp"}) {

@@ -25,7 +25,7 @@ TEST(MpStressTest, ReportsEveryEndOfTheProgram) {
               " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
               "\n..Multi Proc Stress Load Failed..\n",
               "\n --- Multi Proc Load --- \n\n"
-              " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
+              "\n --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
               "\n..Multi Proc Stress Load Failed..\n\n",
               VORN_FAIL, "..Multi Proc Stress Load Failed.."},
           Row{"ends early", "/opt/stress", 8,
@@ -38,7 +38,7 @@ TEST(MpStressTest, ReportsEveryEndOfTheProgram) {
               "\n..Multi Proc Stress Load Failed..\n"
               "..Mulit Proc Stress Window Closed Unexpectedly..\n",
               "\n --- Multi Proc Load --- \n\n"
-              " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
+              "\n --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
               "\n..Multi Proc Stress Load Failed..\n"
               "..Multi Proc Stress Load Failed..\n\n",
               VORN_FAIL, "..Multi Proc Stress Load Failed.."},
@@ -49,7 +49,7 @@ TEST(MpStressTest, ReportsEveryEndOfTheProgram) {
               " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
               "\n..Multi Proc Stress Load Passed..\n",
               "\n --- Multi Proc Load --- \n\n"
-              " --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
+              "\n --- Multi Processor Load Level set to -80 - for -10 - minutes ---\n\n"
               "\n..Multi Proc Stress Load Passed..\n\n",
               VORN_PASS, "..Multi Proc Stress Load Passed.."}}) {
         SCOPED_TRACE(row.what);
