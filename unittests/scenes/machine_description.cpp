@@ -27,9 +27,11 @@ public:
         }
         return value;
     }
+    /// The text after one blank, with the blanks that it begins and ends with.
     std::string rest() {
         std::string value;
-        std::getline(input_ >> std::ws, value);
+        input_.get();
+        std::getline(input_, value);
         return value;
     }
     bool done() { return (input_ >> std::ws).eof(); }
