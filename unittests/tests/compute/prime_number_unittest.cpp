@@ -57,7 +57,7 @@ TEST(CountDisprovedPrimes, DividesExactlyTheCandidatesThatAreFlagged) {
 }
 
 TEST(IsDisproved, TriesDivisorsUpToTheRootOfFlaggedCandidates) {
-    PrimeFlags flags(primeSieveSize, 1);
+    PrimeFlags flags(primeSieveSize + 1, 1);
     for (const std::int32_t candidate : {4, 9, 6, 9840769, 9999999}) {
         EXPECT_TRUE(isDisproved(flags, candidate)) << candidate;
         flags[static_cast<std::size_t>(candidate)] = 0;
