@@ -28,9 +28,11 @@ public:
         }
         return value;
     }
+    /// The text after one blank, with the blanks that it begins and ends with.
     std::string rest() {
         std::string value;
-        std::getline(input_ >> std::ws, value);
+        input_.get();
+        std::getline(input_, value);
         return value;
     }
     template <typename Number = std::uint32_t>

@@ -64,10 +64,10 @@ std::string raisedText() {
     }
 }
 
-void runOne(Test test, const Settings& settings, Aftermath& aftermath) {
+void runOne(Test test, const Settings& settings, TemperatureMonitor& monitor,
+            Aftermath& aftermath) {
     VORNTestResult result = VORN_NOT_RUN;
     TestRecord record;
-    TemperatureMonitor monitor;
     try {
         const auto run = [&](auto function) -> std::string {
             if constexpr (std::is_same_v<decltype(function), LoadTestFunction>) {
@@ -183,9 +183,10 @@ public:
                 runAll(scene_.text("run"), aftermath);
             }
             runThroughHost(scene_.text("host"), aftermath);
+            TemperatureMonitor monitor;
             std::istringstream tests(scene_.text("test"));
             for (std::string name; tests >> name;) {
-                runOne(testNamed(name), settings, aftermath);
+                runOne(testNamed(name), settings, monitor, aftermath);
             }
             console = captured.text();
         }
@@ -195,6 +196,7 @@ public:
         judge("outcome", aftermath.outcome);
         judge("raised", aftermath.raised);
         judge("record", aftermath.record);
+        judge("time", textOf(machine.clock.nowNanoseconds / 1000000, "\n"));
         judge("calls", joined(machine.ring0.calls));
         judge("command lines", joined(machine.interpreter.commandLines));
         judge("blocks", joined(machine.memory.calls));

@@ -35,7 +35,7 @@ std::string testMpStress(VORNTestResult& result, const Settings& settings, TestR
     const int ended = runStressProgram(settings.mpLoadExe, load, time);
     const std::string level =
         " --- Multi Processor Load Level set to -" + load + " - for -" + time + " - minutes ---";
-    report.line(level, level + "\n\n");
+    report.line(level, "\n" + level + "\n\n");
     report.console();
 
     report.console();

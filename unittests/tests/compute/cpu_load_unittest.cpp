@@ -57,68 +57,34 @@ TEST(MultiMath, LooksAtTheCounterUntilItsTimeIsOver) {
     }
 }
 
-struct Ran {
-    VORNTestResult result = VORN_NOT_RUN;
-    TestRecord record;
-    std::string log;
-};
-
-std::string runLoad(Ran& ran, const char* level, const char* minutes) {
+/// Four tasks for a minute of which 20 seconds are used, each look a millisecond.
+void runLoad(FakePlatform& platform, TestRecord& record) {
+    platform.clock.nowNanoseconds = 20 * second;
+    platform.clock.nanosecondsPerLook = second / 1000;
     Settings settings;
-    settings.stressLoadLevel = level;
-    settings.stressTestTime = minutes;
-    return testCpuLoad(ran.result, settings, ran.record, ran.log, 0, false);
-}
-
-TEST(CpuLoadTest, PassesWithTwoTasksAtLeast) {
-    struct Row {
-        const char* level;
-        const char* shown;
-    };
-    for (const Row& row :
-         {Row{"1", "2"}, Row{"0", "2"}, Row{"", "2"}, Row{"-4", "2"}, Row{"3 threads", "3"}}) {
-        FakePlatform platform;
-        const CapturedConsole console;
-        Ran ran;
-        EXPECT_EQ(runLoad(ran, row.level, "0"), "Code 123");
-        EXPECT_EQ(console.text(), std::string("\n --- CPU Load ---\n\n"
-                                              " --- Load Level =") +
-                                      row.shown +
-                                      "\n\n"
-                                      "Executing CPU Load ... \n"
-                                      "CPU Load Passed!!!\n");
-        EXPECT_EQ(ran.log, std::string("\n --- CPU Load --- \n\n"
-                                       "\n --- Load Level =") +
-                               row.level + "\n\nCPU Load Passed!!!\n\n");
-        EXPECT_EQ(ran.result, VORN_PASS);
-        EXPECT_EQ(ran.record.name, "Simple CPU Load");
-        EXPECT_EQ(ran.record.status, "Pass");
-        EXPECT_EQ(ran.record.code, "Code 123");
-        EXPECT_EQ(ran.record.message, "CPU Load Passed!!!");
-    }
+    settings.stressLoadLevel = "4";
+    settings.stressTestTime = "1";
+    const CapturedConsole console;
+    VORNTestResult result = VORN_NOT_RUN;
+    std::string log;
+    testCpuLoad(result, settings, record, log, 0, false);
 }
 
 TEST(CpuLoadTest, LastsForItsBudgetOnEveryWorker) {
     FakePlatform platform;
-    const CapturedConsole console;
-    platform.clock.nowNanoseconds = 20 * second;  // used since the run started
-    platform.clock.nanosecondsPerLook = second / 1000;
-    Ran ran;
-    runLoad(ran, "3", "1");
+    TestRecord record;
+    runLoad(platform, record);
     // All at once or one after the other, as the threads come: 40 seconds each.
     EXPECT_GE(platform.clock.nowNanoseconds, 60 * second);
-    EXPECT_LE(platform.clock.nowNanoseconds, 141 * second);
+    EXPECT_LE(platform.clock.nowNanoseconds, 181 * second);
 }
 
 TEST(CpuLoadTest, RaisesATasksErrorWithAllWorkersEnded) {
     FakePlatform platform;
-    const CapturedConsole console;
-    platform.clock.nanosecondsPerLook = second / 1000;
-    platform.clock.breaksAt = second;
-    Ran ran;
-    EXPECT_THROW(runLoad(ran, "4", "1"), std::runtime_error);
-    EXPECT_EQ(ran.record.status, "");
-    EXPECT_EQ(console.text().find("Passed"), std::string::npos);
+    platform.clock.breaksAt = 21 * second;
+    TestRecord record;
+    EXPECT_THROW(runLoad(platform, record), std::runtime_error);
+    EXPECT_EQ(record.status, "");
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <set>
 #include <stdexcept>
 
 namespace vorn {
@@ -38,16 +38,12 @@ TEST(TaskScheduler, RunsAsManyTasksAtOnceAsItHasWorkers) {
     constexpr int workers = 4;
     TaskScheduler scheduler(workers);
     std::atomic<int> running = 0;
-    std::mutex mutex;
-    std::set<std::thread::id> threads;
+    std::thread::id threads[workers];
     std::vector<std::shared_ptr<RootTask>> roots;
     for (int index = 0; index < workers; ++index) {
         roots.push_back(std::make_shared<RootTask>(2));
-        scheduler.spawn(roots.back(), doing([&] {
-                            {
-                                const std::lock_guard<std::mutex> lock(mutex);
-                                threads.insert(std::this_thread::get_id());
-                            }
+        scheduler.spawn(roots.back(), doing([&, index] {
+                            threads[index] = std::this_thread::get_id();
                             ++running;
                             waitUntil([&] { return running == workers; });
                         }));
@@ -55,8 +51,7 @@ TEST(TaskScheduler, RunsAsManyTasksAtOnceAsItHasWorkers) {
     for (const auto& root : roots) {
         scheduler.waitForAll(*root);
     }
-    EXPECT_EQ(threads.size(), std::size_t{workers});
-    EXPECT_EQ(threads.count(std::this_thread::get_id()), 0U);
+    EXPECT_EQ(std::count(threads, threads + workers, std::this_thread::get_id()), 0);
 }
 
 TEST(TaskScheduler, WaitsForEveryChildAndItsSuccessors) {
