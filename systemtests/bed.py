@@ -95,13 +95,16 @@ def read_cases(path):
 def complete(sections, path, values):
     """The sections with ${name} replaced and the sections of the included files added."""
     def fill(text):
+        # A fragment's name may be made of cells: ${text:end-${end}}
         return re.sub(r"\$\{(\w+)\}", lambda m: values[m.group(1)], text)
 
     filled = {fill(name): fill(text) for name, text in sections.items()}
     for name in filled.pop("include", "").split():
         for section, text in read_sections(path.parent / name).items():
-            filled[fill(section)] = fill(text)
-    return filled
+            filled[fill(section)] = filled.get(fill(section), "") + fill(text)
+    fragments = {name[5:]: text for name, text in filled.items() if name.startswith("text ")}
+    return {name: re.sub(r"\$\{text:([^}]+)\}\n?", lambda m: fragments[m.group(1).strip()], text)
+            for name, text in filled.items() if not name.startswith("text ")}
 
 
 def masked(text, case):
@@ -261,7 +264,15 @@ def load_bed(name, build_root):
     return module.make(build_root)
 
 
+def applies(case):
+    """Whether this machine is one that the case is about: its "only where" command succeeds."""
+    command = case.text("only where")
+    return command is None or subprocess.run(["sh", "-c", command], check=False).returncode == 0
+
+
 def run_case(bed, case, keep):
+    if not applies(case):
+        return case, None
     directory = Path(tempfile.mkdtemp(prefix="vorn-case-"))
     try:
         faults = judge(case, bed.run(case, directory))
@@ -297,8 +308,9 @@ def main():
     try:
         with ThreadPoolExecutor(bed.parallel) as pool:
             for case, faults in pool.map(lambda c: run_case(bed, c, arguments.keep), cases):
-                print(f"{'FAILED' if faults else 'passed'}  {arguments.bed}  {case.name}", flush=True)
-                for fault in faults:
+                word = "SKIPPED" if faults is None else "FAILED" if faults else "passed"
+                print(f"{word}  {arguments.bed}  {case.name}", flush=True)
+                for fault in faults or []:
                     print("    " + fault.replace("\n", "\n    "), flush=True)
                 failed += bool(faults)
     finally:
