@@ -28,7 +28,6 @@ void layOut(const std::string& recording) {
             continue;
         }
         const fs::path path = line.substr(0, std::min(arrow, equals));
-        fs::create_directories(path.parent_path());
         if (arrow != std::string::npos) {
             const fs::path target = line.substr(arrow + 4);
             fs::create_directories(path.parent_path() / target);
