@@ -73,7 +73,7 @@ TEST_F(DeviceEnumerationTest, NamesUpToAWholeBusOfFunctions) {
 
 TEST_F(DeviceEnumerationTest, AsksForAPropertyWithTwiceTheReportedSizeAndTakesItsFirstText) {
     addFunction(0, 1);
-    const auto expectName = [this](const std::string& name, std::vector<std::size_t> sizes) {
+    const auto expectName = [this](const std::string& name, const std::vector<std::size_t>& sizes) {
         system_.bufferSizes.clear();
         EXPECT_EQ(getPciDeviceName(0, 0, 0, name_), enumerationFound);
         EXPECT_EQ(name_, name);
