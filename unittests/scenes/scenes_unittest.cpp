@@ -93,6 +93,7 @@ void runAll(const std::string& text, Aftermath& aftermath) {
     std::istringstream input("vorn " + text);
     std::vector<std::string> words{std::istream_iterator<std::string>(input), {}};
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 2);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
