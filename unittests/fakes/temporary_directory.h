@@ -26,7 +26,9 @@ public:
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
+    /// Writes a file, in folders that need not be there.
     static void write(const std::string& name, const std::string& text) {
+        std::filesystem::create_directories(std::filesystem::absolute(name).parent_path());
         std::ofstream(name, std::ios::binary) << text;
     }
     /// The content with line ends as "\n"; "(absent)" when there is no such file.

@@ -19,22 +19,18 @@ TEST(Cpuid, LaysOutTheVendorUpToItsFirstNul) {
 }
 
 TEST(Cpuid, AddsExtendedFamilyAndModelWhateverTheBaseFamily) {
-    struct Row {
-        std::uint32_t signature;
-        std::uint32_t family;
-        std::uint32_t model;
-        std::uint32_t stepping;
-    };
     FakePlatform platform;
-    for (const Row& row : {Row{0x000306A9, 6, 0x3A, 9}, Row{0x00A10F11, 25, 0x11, 1},
-                           Row{0x00520F53, 20, 0x25, 3}, Row{0x00130542, 6, 0x34, 2}}) {
-        platform.processor.leaves[{1, 0}].eax = row.signature;
+    // Signature, family, model, stepping.
+    for (const std::vector<std::uint32_t>& row :
+         {std::vector<std::uint32_t>{0x000306A9, 6, 0x3A, 9},
+          {0x00A10F11, 25, 0x11, 1},
+          {0x00520F53, 20, 0x25, 3},
+          {0x00130542, 6, 0x34, 2}}) {
+        platform.processor.leaves[{1, 0}].eax = row[0];
         const FamilyModelStepping all = cpuFamilyModelStepping();
-        EXPECT_EQ(all.family, row.family);
-        EXPECT_EQ(all.model, row.model);
-        EXPECT_EQ(all.stepping, row.stepping);
-        EXPECT_EQ(cpuFamilyModel().family, row.family);
-        EXPECT_EQ(cpuFamilyModel().model, row.model);
+        EXPECT_EQ((std::vector{row[0], all.family, all.model, all.stepping}), row);
+        EXPECT_EQ(cpuFamilyModel().family, row[1]);
+        EXPECT_EQ(cpuFamilyModel().model, row[2]);
     }
 }
 

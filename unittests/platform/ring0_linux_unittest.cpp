@@ -16,11 +16,8 @@ protected:
     LinuxRing0Test() {
         // The thread may be moved to any processor of the machine between two accesses.
         for (unsigned processor = 0; processor < std::thread::hardware_concurrency(); ++processor) {
-            const std::string folder = "dev/cpu/" + std::to_string(processor);
-            std::filesystem::create_directories(folder);
-            TemporaryDirectory::write(folder + "/msr", registers_);
+            TemporaryDirectory::write("dev/cpu/" + std::to_string(processor) + "/msr", registers_);
         }
-        std::filesystem::create_directories("sys/bus/pci/devices/0000:00:02.0");
         TemporaryDirectory::write("sys/bus/pci/devices/0000:00:02.0/config",
                                   std::string("\x6E\x7A\x52\x01", 4) + std::string(60, '\x11'));
     }

@@ -113,6 +113,20 @@ void setDisplay(FakePlatform& machine, Values& values) {
     }
 }
 
+void addDevice(FakePlatform& machine, Values& values) {
+    const std::vector<FakeDevice>& devices = machine.devices.devices;
+    const std::string instanceId = values.word();
+    const std::string parent = values.word();
+    const auto found = std::find_if(devices.begin(), devices.end(), [&](const FakeDevice& device) {
+        return device.instanceId == parent;
+    });
+    if (found == devices.end() && parent != "-") {
+        throw std::runtime_error("no device " + parent);
+    }
+    machine.devices.add(instanceId, values.rest(),
+                        parent == "-" ? -1 : static_cast<int>(found - devices.begin()));
+}
+
 using M = FakePlatform;
 using V = Values;
 
@@ -174,6 +188,22 @@ const std::map<std::string, void (*)(M& machine, V& values)> words{
     {"granted-locks", [](M& m, V& v) { m.memory.grantedLocks = v.decimal<std::uint64_t>(); }},
     {"program", [](M& m, V& v) { m.interpreter.existingFiles.push_back(v.rest()); }},
     {"program-answers", [](M& m, V& v) { m.interpreter.result = v.decimal<int>(); }},
+    {"program-takes",
+     [](M& m, V& v) {
+         m.interpreter.program = [&m, times = v.all<std::uint32_t>(10)]() mutable {
+             m.clock.sleepMilliseconds(times.front());
+             times.pop_front();
+         };
+     }},
+    {"device", addDevice},
+    {"device-name",
+     [](M& m, V& v) {
+         m.devices.devices.back().properties[DeviceProperty::friendlyName] = v.rest();
+     }},
+    {"device-class",
+     [](M& m, V& v) { m.devices.devices.back().properties[DeviceProperty::classGuid] = v.rest(); }},
+    {"device-on-usb", [](M& m, V&) { m.devices.devices.back().usb = true; }},
+    {"failing-opening", [](M& m, V& v) { m.devices.failOpening = v.decimal<int>(); }},
     {"sensor",
      [](M& m, V& v) {
          const auto current = v.decimal<long>();

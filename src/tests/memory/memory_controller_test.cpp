@@ -22,6 +22,16 @@ bool isListed(const FamilyModel& processor) {
            std::find(models.begin(), models.end(), processor.model) != models.end();
 }
 
+/// Whether the memory controller is part of the processor: by its model, or by the words of its
+/// brand string.
+bool hasMemoryController() {
+    const std::string brand = cpuBrandString();
+    const auto brandHolds = [&brand](const char* word) {
+        return brand.find(word) != std::string::npos;
+    };
+    return isListed(cpuFamilyModel()) || brandHolds("i7") || brandHolds("i5") || brandHolds("i3");
+}
+
 void conclude(const WorkingVerdict& verdict, TestRecord& record, Report& report) {
     if (upperCase(verdict.status) == "PASS") {
         Report::console("\n", verdict.message);
@@ -33,14 +43,6 @@ void conclude(const WorkingVerdict& verdict, TestRecord& record, Report& report)
 }
 
 }  // namespace
-
-bool hasMemoryController() {
-    const std::string brand = cpuBrandString();
-    const auto brandHolds = [&brand](const char* word) {
-        return brand.find(word) != std::string::npos;
-    };
-    return isListed(cpuFamilyModel()) || brandHolds("i7") || brandHolds("i5") || brandHolds("i3");
-}
 
 std::string testMemoryController(VORNTestResult& result, const Settings& settings,
                                  TestRecord& record, std::string& log) {

@@ -10,10 +10,6 @@
 
 namespace vorn {
 
-/// Whether the memory controller is part of the processor: by its model, or by the words of its
-/// brand string.
-bool hasMemoryController();
-
 /// The test function of the catalogue. The word "FORCE" in "@IMCTest" takes the controller as
 /// present. The code that it returns is empty.
 std::string testMemoryController(VORNTestResult& result, const Settings& settings,

@@ -63,6 +63,14 @@ void showMemorySize(Report& report) {
     showDetected(displayUnitFor(detected).show(detected), report);
 }
 
+/// Whether `detected` is within ten per cent of `expected`, both bounds excluded; reckoned in
+/// single precision.
+bool isExpectedMemorySize(std::int64_t expected, std::uint64_t detected) {
+    const auto expectedSize = static_cast<float>(expected);
+    const auto detectedSize = static_cast<float>(detected);
+    return 0.9F * expectedSize < detectedSize && detectedSize < 1.1F * expectedSize;
+}
+
 bool compareMemorySize(std::int64_t expected, Report& report, WorkingVerdict& verdict) {
     std::uint64_t detected = 0;
     if (!GetInstalledMemoryBytes(detected)) {
@@ -103,12 +111,6 @@ bool GetInstalledMemoryBytes(std::uint64_t& bytes) {
     const std::optional<MemoryStatus> status = memory.status();
     bytes = status ? status->total : bytes;
     return status.has_value();
-}
-
-bool isExpectedMemorySize(std::int64_t expected, std::uint64_t detected) {
-    const auto expectedSize = static_cast<float>(expected);
-    const auto detectedSize = static_cast<float>(detected);
-    return 0.9F * expectedSize < detectedSize && detectedSize < 1.1F * expectedSize;
 }
 
 bool testMemorySize(const Settings& settings, Report& report, WorkingVerdict& verdict) {

@@ -13,10 +13,6 @@ namespace vorn {
 /// with `bytes` as it was, when a call that this takes fails.
 bool GetInstalledMemoryBytes(std::uint64_t& bytes);
 
-/// Whether `detected` is within ten per cent of `expected`, both bounds excluded; reckoned in
-/// single precision.
-bool isExpectedMemorySize(std::int64_t expected, std::uint64_t detected);
-
 /// Reads the installed memory and compares it with "@MemorySize", as that setting says. Whether the
 /// memory controller test goes on: it does not after a failure.
 bool testMemorySize(const Settings& settings, Report& report, WorkingVerdict& verdict);

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 #include "report/text.h"
@@ -55,8 +54,7 @@ std::int64_t bytesOfFractionalSize(const std::string& size) {
     if (unit.bytes == 1) {
         return leadingInteger64(number);
     }
-    return truncatedToInteger(std::strtod(number.c_str(), nullptr) *
-                              static_cast<double>(unit.bytes));
+    return truncatedToInteger(leadingDouble(number) * static_cast<double>(unit.bytes));
 }
 
 std::int64_t bytesOfWholeSize(const std::string& size) {

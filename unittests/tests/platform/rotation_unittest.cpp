@@ -1,14 +1,15 @@
 #include <gtest/gtest.h>
 
+#include "fakes/captured_console.h"
 #include "fakes/fake_platform.h"
-#include "fakes/ran_test.h"
 #include "tests/platform/rotation_test.h"
 
 namespace vorn {
 namespace {
 
 // The pause belongs to the process and grows with each run, so one test runs them in order.
-TEST(RotationTest, TurnsOnceRoundAndPausesAThousandTimesLongerEachRun) {
+TEST(RotateDisplay, TurnsOnceRoundAndPausesAThousandTimesLongerEachRun) {
+    const CapturedConsole console;
     FakePlatform platform;
     std::string changes;  // the second of each and the mode asked for
     platform.display.asked = [&](const DisplayMode& mode) {
@@ -19,16 +20,7 @@ TEST(RotationTest, TurnsOnceRoundAndPausesAThousandTimesLongerEachRun) {
         platform.display.mode = {width, height, 2};  // whatever it starts with
         platform.clock.nowNanoseconds = 0;
         changes.clear();
-        const RanTest ran = runTestFunction(testRotation);
-        EXPECT_EQ(ran.console,
-                  "\n --- Preparing for Rotation Test ---\n"
-                  "\n-----------------------------------------\n"
-                  "..Do not interrupt test during rotation..\n"
-                  "-----------------------------------------\n"
-                  "\n..Rotating Display Passed..\n\n");
-        EXPECT_EQ(ran.log, "\n..Rotating Display Passed..\n\n");
-        EXPECT_EQ(ran.record, "Rotation Test|V1");
-        EXPECT_EQ(ran.verdict, "0|Pass|Code 123|Rotating Display Passed");
+        EXPECT_EQ(rotateDisplay(), 0);
         return changes;
     };
     EXPECT_EQ(turn(1920, 1080), "3s 1080x1920/1 6s 1920x1080/2 9s 1080x1920/3 12s 1920x1080/0 ");
