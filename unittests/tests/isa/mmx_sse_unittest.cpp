@@ -21,11 +21,6 @@ const char* const failingConsole =
 #include "mmx_sse_failing.txt"
     ;
 
-const std::string logHead =
-    "\n --- Determining MMX - SSE capabilities --- \n\n"
-    "\n\t\t --- CPU FEATURES DETECTION FOR ---\n"
-    "\t            ---        MMX SSE       ---\n";
-
 constexpr std::uint32_t allEdx = 0x800000 | 0x2000000 | 0x4000000;
 constexpr std::uint32_t allEcx = 0x1 | 0x200 | 0x80000 | 0x100000;
 
@@ -195,56 +190,6 @@ TEST(MmxSseTest, ReportsEverySingleLaneFault) {
     EXPECT_EQ(lanes, 2 + 2 + 4 + 4 + 39 + 72 + 29);
     std::cout << lanes << " lanes, " << injected << " single-lane faults injected, " << reported
               << " reported\n";
-}
-
-TEST(MmxSseTest, RunsARoutineExactlyWhenItsExtensionIsReported) {
-    struct Row {
-        const char* what;
-        std::uint32_t ecx;
-        std::uint32_t edx;
-        std::string reported;  // of the seven in order
-    };
-    const std::vector<Row> rows{
-        {"none, every other bit set", ~allEcx, ~allEdx, "-------"},
-        {"MMX alone", 0, 0x800000, "x------"},
-        {"SSE alone", 0, 0x2000000, "-x-----"},
-        {"SSE2 alone", 0, 0x4000000, "--x----"},
-        {"SSE3 alone", 0x1, 0, "---x---"},
-        {"SSSE3 alone", 0x200, 0, "----x--"},
-        {"SSE4.1 alone", 0x80000, 0, "-----x-"},
-        {"SSE4.2 alone", 0x100000, 0, "------x"},
-        {"all but SSE4.2", allEcx & ~0x100000U, allEdx, "xxxxxx-"},
-    };
-    const std::vector<std::string> names{"MMX", "SSE", "SSE2", "SSE3", "SSSE3", "SSE4.1", "SSE4.2"};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        std::vector<Extension> extensions = simulatedExtensions();
-        std::string entered(7, '-');
-        for (std::size_t i = 0; i < extensions.size(); ++i) {
-            CheckGroup& group = extensions[i].routine.groups.front();
-            group.execute = [&entered, i, sound = soundLanes(group)] {
-                entered[i] = 'x';
-                return sound;
-            };
-        }
-        const FamilyRun run(extensions, row.ecx, row.edx);
-        EXPECT_EQ(entered, row.reported);
-        run.expectVerdict(true);
-        std::string capabilities;
-        std::string results;
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            const bool reported = row.reported[i] == 'x';
-            capabilities += names[i] + "\t\t - " + names[i] + " Supported -->\t" +
-                            (reported ? "Yes\n" : "No \n");
-            results += names[i] + " Test Result" + (reported ? "--- PASS\n" : " --- Not Tested\n");
-            EXPECT_NE(run.console.text().find(extensions[i].consoleLine +
-                                              std::string(reported ? "Yes\n" : "No\n")),
-                      std::string::npos);
-        }
-        EXPECT_EQ(run.log, logHead + capabilities +
-                               "\t\t--- MMX SSE - capabilities check complete ---\n\n" + results +
-                               "MMX SSE Testing Passed !! \n");
-    }
 }
 
 TEST(MmxSseTest, ShowsOnlyThePartOfAGroupThatMismatches) {
