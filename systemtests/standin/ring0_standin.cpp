@@ -5,9 +5,8 @@
 //
 //   initialize 1 0           results of initialise, one a call, the last repeats (default 1)
 //   status 0 2               likewise for the status (default 0)
-//   msr 0xCD 0x4 refused     values of an MSR, one a read; "refused" fails the read and the
-//   register
-//                            keeps the caller's halves; an MSR without a line refuses
+//   msr 0xCD 0x4 refused     values of an MSR, one a read; "refused" fails the read and leaves the
+//                            caller's halves as they are; an MSR without a line refuses
 //   wrmsr refused            register writes fail
 //   pci 0:2.0 0x00 0x01527A6E  a dword of configuration space (bus:device.function, hexadecimal)
 //   pci refused              checked configuration reads fail
