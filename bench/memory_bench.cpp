@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "table.h"
 #include "tests/memory/block_set.h"
 #include "tests/memory/patterns.h"
 
@@ -189,6 +190,16 @@ void measureAround(Phase& phase, std::vector<Loop>& loops, const BlockSet& set, 
     }
 }
 
+/// A row of two rates, bytes in a second.
+void printRow(const char* kernel, double rate, const char* peerName, double peer,
+              const char* wanted) {
+    char figure[32];
+    char peerFigure[64];
+    std::snprintf(figure, sizeof figure, "%.1f GB/s", rate / 1e9);
+    std::snprintf(peerFigure, sizeof peerFigure, "%s %.1f GB/s", peerName, peer / 1e9);
+    printTableRow(kernel, figure, peerFigure, rate / peer, wanted);
+}
+
 void print(const Phase& phase, const std::vector<Loop>& loops, double bytes) {
     double best = std::numeric_limits<double>::infinity();
     for (const Loop& loop : loops) {
@@ -200,6 +211,8 @@ void print(const Phase& phase, const std::vector<Loop>& loops, double bytes) {
     const double seconds = phase.times.sum();
     std::printf("  %-34s %7.2f GB/s, %.3f of the best loop of every processor\n", phase.name,
                 bytes / seconds / 1e9, best / seconds);
+    printRow((std::string("memory, ") + phase.name).c_str(), bytes / seconds, "best loop",
+             bytes / best, "at least 0.95");
 }
 
 /// Bytes of the last-level cache that this processor uses; 0 when the kernel does not say.
@@ -302,6 +315,10 @@ double measureCycles() {
     }
     std::sort(shares.begin(), shares.end());
     std::printf("  median share of testing: %.2f\n", shares[shares.size() / 2]);
+    char figure[32];
+    std::snprintf(figure, sizeof figure, "%.3f s per GiB", best);
+    printTableRow("memory, six phases", figure, "whole cycle of 1 GiB", shares[shares.size() / 2],
+                  "at least 0.5");
     return best;
 }
 
@@ -344,6 +361,7 @@ void compareWithMemtester(double rate) {
         "  memtester, checkerboard            %7.2f GB/s written and verified: ours is %.1f times "
         "that\n",
         peer / 1e9, rate / peer);
+    printRow("memory, six phases", rate, "memtester checkerboard", peer, "");
 }
 
 void compareWithStressapptest(double rate) {
@@ -365,6 +383,7 @@ void compareWithStressapptest(double rate) {
         "  stressapptest, one copying thread  %7.2f GB/s read and written: ours is %.1f times "
         "that\n",
         peer / 1e9, rate / peer);
+    printRow("memory, six phases", rate, "stressapptest copy", peer, "");
 }
 
 }  // namespace

@@ -2,12 +2,15 @@
 // the loading of a large configuration. Both have a bound of 20 ms.
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "config/configuration.h"
+#include "table.h"
 
 namespace {
 
@@ -58,6 +61,26 @@ void loadOneMegabyte(benchmark::State& state) {
 BENCHMARK(startAndEnd)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(loadOneMegabyte)->ArgName("entries")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
+/// The usual report, and a row of the table for each run.
+class TableReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            constexpr double bound = 20;
+            char figure[32];
+            std::snprintf(figure, sizeof figure, "%.2f ms", run.GetAdjustedRealTime());
+            printTableRow(run.benchmark_name().c_str(), figure, "bound 20 ms",
+                          run.GetAdjustedRealTime() / bound, "at most 1");
+        }
+    }
+};
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return 0;
+}
