@@ -11,8 +11,8 @@ namespace {
 TEST(Configuration, LooksUpOnlyByWholeSelectorsAndKeys) {
     const TemporaryDirectory directory;
     const std::string longText(1U << 20U, 'x');
-    TemporaryDirectory::write("look.xml", "\xEF\xBB\xBF<VORN a='root'><x Name='Ovrin' a='" +
-                                              longText + "'/></VORN>");
+    TemporaryDirectory::write(
+        "look.xml", "\xEF\xBB\xBF<VORN a='root'><x Name='Ovrin' a='" + longText + "'/></VORN>");
     ConfigurationDocument document;
     document.load("look.xml");
     EXPECT_EQ(document.getSetting("@a", "@Name=Ovrin(R)"), longText);
