@@ -31,17 +31,6 @@ TEST(AllocateBlocks, KeepsItsNumbersAndReleasesOnce) {
                                         "release 0", "release 1"}));
 }
 
-TEST(AllocateBlocks, HoldsNothingAfterAFailure) {
-    for (const bool lock : {false, true}) {
-        FakePlatform platform;
-        (lock ? platform.memory.grantedLocks : platform.memory.grantedBlocks) = 1;
-        BlockSet set;
-        EXPECT_EQ(AllocateBlocks(set, 64, 3, true, 0, noDeadline),
-                  lock ? lockFailed : allocationFailed);
-        EXPECT_TRUE(platform.memory.held().empty());
-    }
-}
-
 TEST(Deadline, ExpiresWhenTheClockReachesItAlsoAcrossTheClocksOverflow) {
     constexpr std::int64_t hour = 3600;
     constexpr std::int64_t clockPeriod = std::int64_t{1} << 32U;  // milliseconds
