@@ -22,14 +22,19 @@ TEST(Configuration, LooksUpOnlyByWholeSelectorsAndKeys) {
     EXPECT_EQ(document.getSetting("", ""), "");
 }
 
-TEST(Configuration, IsReplacedWholeAtEachLoadAndStandsAfterAnError) {
+TEST(Configuration, TakesTheEntryUnlessSkippedAndStandsAfterAnError) {
     const TemporaryDirectory directory;
-    const FakePlatform platform;
-    TemporaryDirectory::write("VORNconfig.xml", R"(<VORN Site="first" BaseClock="ENABLE"/>)");
+    FakePlatform platform;
+    platform.processor.setBrand("   Ovrin(R) i7");
+    const std::string entry = "<P CPUName='Ovrin i7' L2Cache='1MB'/></VORN>";
+    TemporaryDirectory::write("VORNconfig.xml", "<VORN>" + entry);
     reloadProcessConfiguration();
-    TemporaryDirectory::write("VORNconfig.xml", R"(<VORN Site="second"/>)");
+    EXPECT_EQ(processConfiguration().settings.brandString, "Ovrin(R) i7");
+    EXPECT_EQ(processConfiguration().settings.l2Cache, "1MB");
+    TemporaryDirectory::write("VORNconfig.xml", "<VORN SkipConfig='yes' Site='second'>" + entry);
     reloadProcessConfiguration();
-    EXPECT_EQ(processConfiguration().settings.baseClock, "");
+    EXPECT_EQ(processConfiguration().settings.brandString, "");
+    EXPECT_EQ(processConfiguration().settings.l2Cache, "");
     TemporaryDirectory::write("VORNconfig.xml", "<VORN");
     EXPECT_THROW(reloadProcessConfiguration(), rapidxml::parse_error);
     EXPECT_EQ(processConfiguration().settings.site, "second");
