@@ -111,8 +111,9 @@ void damage(BlockSet& set, std::mt19937& random) {
     unsigned char* const block = set.blocks[random() % set.blocks.size()];
     const auto size = static_cast<std::size_t>(set.blockSize);
     const std::size_t step = std::array{size, std::size_t{1}, std::size_t{8}}[random() % 3];
-    const auto high = static_cast<unsigned char>(random() & random());
-    const auto low = static_cast<unsigned char>(random() & random());
+    const std::uint_fast32_t bits = random();
+    const auto high = static_cast<unsigned char>(bits & (bits >> 8U));
+    const auto low = static_cast<unsigned char>((bits >> 16U) & (bits >> 24U));
     for (std::size_t at = random() % size; at < size; at += step) {
         block[at] = static_cast<unsigned char>((block[at] | high) & ~low);
     }
