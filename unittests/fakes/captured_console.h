@@ -27,7 +27,6 @@ public:
 
     std::string text() const { return buffer_.str(); }
     void clear() { buffer_.str(""); }
-    std::streambuf* buffer() { return buffer_.rdbuf(); }
 
 private:
     std::streambuf* former_;

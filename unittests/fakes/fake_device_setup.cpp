@@ -102,42 +102,33 @@ std::unique_ptr<DeviceSet> FakeDeviceSetup::open(
 }
 
 std::unique_ptr<DeviceSet> FakeDeviceSetup::openPresentDevices(const std::string& enumerator) {
-    return instead != nullptr ? instead->openPresentDevices(enumerator)
-                              : open(enumerator, [&enumerator](const FakeDevice& device) {
-                                    return enumerator.empty() || device.instanceId == enumerator;
-                                });
+    return open(enumerator, [&enumerator](const FakeDevice& device) {
+        return enumerator.empty() || device.instanceId == enumerator;
+    });
 }
 
 std::unique_ptr<DeviceSet> FakeDeviceSetup::openUsbDevices() {
-    return instead != nullptr ? instead->openUsbDevices()
-                              : open("(usb)", [](const FakeDevice& device) { return device.usb; });
+    return open("(usb)", [](const FakeDevice& device) { return device.usb; });
 }
 
 bool FakeDeviceSetup::parentOf(DeviceNode node, DeviceNode& parent) {
-    if (instead != nullptr) {
-        return instead->parentOf(node, parent);
-    }
     const int index = devices.at(node - firstNode).parent;
     parent = index < 0 ? parent : nodeOf(static_cast<std::size_t>(index));
     return index >= 0;
 }
 
 bool FakeDeviceSetup::firstChildOf(DeviceNode node, DeviceNode& child) {
-    if (instead != nullptr) {
-        return instead->firstChildOf(node, child);
+    for (std::size_t index = 0; index < devices.size(); ++index) {
+        if (devices[index].parent == static_cast<int>(node - firstNode)) {
+            child = nodeOf(index);
+            return true;
+        }
     }
-    const auto found =
-        std::find_if(devices.begin(), devices.end(), [node](const FakeDevice& device) {
-            return device.parent == static_cast<int>(node - firstNode);
-        });
-    child =
-        found == devices.end() ? child : nodeOf(static_cast<std::size_t>(found - devices.begin()));
-    return found != devices.end();
+    return false;
 }
 
 bool FakeDeviceSetup::instanceId(DeviceNode node, std::span<char> buffer) {
-    return instead != nullptr ? instead->instanceId(node, buffer)
-                              : copyText(devices.at(node - firstNode).instanceId, buffer);
+    return copyText(devices.at(node - firstNode).instanceId, buffer);
 }
 
 }  // namespace vorn

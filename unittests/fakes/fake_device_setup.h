@@ -25,7 +25,6 @@ public:
     ~FakeDeviceSetup() override;
 
     std::vector<FakeDevice> devices;
-    DeviceSetup* instead = nullptr;        ///< answers in place of this list, where set
     std::vector<std::string> opened;       ///< enumerators of the sets opened, "(usb)" for USB
     int failOpening = -1;                  ///< which opening of a set fails, counted from 0
     int selections = 0;                    ///< over all sets

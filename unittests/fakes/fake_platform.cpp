@@ -166,22 +166,16 @@ std::uint32_t FakeRing0::readPciConfigDword(std::uint32_t address, std::uint32_t
 
 std::uint32_t FakeRing0::readPciConfigWordChecked(std::uint32_t address, std::uint32_t offset,
                                                   std::uint16_t& value) {
-    const std::uint64_t read = pciValue(address, offset, 2);
-    if (refuseCheckedPciReads) {
-        return 0;
-    }
-    value = static_cast<std::uint16_t>(read);
-    return 1;
+    const std::uint16_t read = readPciConfigWord(address, offset);
+    value = refuseCheckedPciReads ? value : read;
+    return refuseCheckedPciReads ? 0 : 1;
 }
 
 std::uint32_t FakeRing0::readPciConfigDwordChecked(std::uint32_t address, std::uint32_t offset,
                                                    std::uint32_t& value) {
-    const std::uint64_t read = pciValue(address, offset, 4);
-    if (refuseCheckedPciReads) {
-        return 0;
-    }
-    value = static_cast<std::uint32_t>(read);
-    return 1;
+    const std::uint32_t read = readPciConfigDword(address, offset);
+    value = refuseCheckedPciReads ? value : read;
+    return refuseCheckedPciReads ? 0 : 1;
 }
 
 void FakeClock::sleepMilliseconds(std::uint32_t milliseconds) {
@@ -209,7 +203,7 @@ bool FakeCommandInterpreter::fileExists(const std::string& path) {
     return std::find(existingFiles.begin(), existingFiles.end(), path) != existingFiles.end();
 }
 
-FakePlatform::FakePlatform()
+FakePlatform::FakePlatform(DeviceSetup* setup)
     : platform_{.processor = processor,
                 .ring0 = ring0,
                 .clock = clock,
@@ -217,7 +211,7 @@ FakePlatform::FakePlatform()
                 .interpreter = interpreter,
                 .process = process,
                 .temperatureSensors = temperatureSensors,
-                .devices = devices,
+                .devices = setup != nullptr ? *setup : devices,
                 .display = display,
                 .advice = advice},
       scope_(platform_) {}

@@ -27,7 +27,7 @@ public:
 
     std::map<std::pair<std::uint32_t, std::uint32_t>, CpuidRegisters> leaves;
     unsigned packages = 1;
-    unsigned logicalProcessor = 0;
+    unsigned logicalProcessor = 0;  ///< moves on with each look
     std::uint64_t xcr0 = 0;
     std::vector<std::uint32_t> leavesRead;  ///< every leaf asked for, in order
 
@@ -43,7 +43,7 @@ public:
     std::uint64_t timestampCounter() override;
     std::uint64_t extendedControlRegister0() override;
     unsigned packageCount() override { return packages; }
-    unsigned currentLogicalProcessor() override { return logicalProcessor; }
+    unsigned currentLogicalProcessor() override { return logicalProcessor++; }
 
     /// Time-stamp ticks of each call; the last one repeats, none reads as 0.
     std::deque<std::uint64_t> timestamps;
@@ -97,12 +97,11 @@ public:
     std::atomic<std::int64_t> nowNanoseconds = 0;
     std::int64_t nanosecondsPerLook = 0;  ///< how far each reading moves the time
     std::int64_t breaksAt = std::numeric_limits<std::int64_t>::max();  ///< later looks raise
-    std::int64_t wallStart = 1700000000;
     std::int64_t frequency = 10000000;
     std::vector<std::uint32_t> sleeps;
 
     std::int64_t processMilliseconds() override { return look() / 1000000; }
-    std::int64_t wallSeconds() override { return wallStart + look() / 1000000000; }
+    std::int64_t wallSeconds() override { return 1700000000 + look() / 1000000000; }
     std::int64_t performanceCounter() override { return look() / (1000000000 / frequency); }
     std::int64_t performanceFrequency() override { return frequency; }
     void sleepMilliseconds(std::uint32_t milliseconds) override;
@@ -139,7 +138,8 @@ public:
 /// The whole simulated machine, in force for its lifetime.
 class FakePlatform {
 public:
-    FakePlatform();
+    /// With devices of its own, or those of `setup`.
+    explicit FakePlatform(DeviceSetup* setup = nullptr);
 
     FakeProcessor processor;
     FakeRing0 ring0;

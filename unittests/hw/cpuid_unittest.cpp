@@ -34,23 +34,5 @@ TEST(Cpuid, AddsExtendedFamilyAndModelWhateverTheBaseFamily) {
     }
 }
 
-TEST(Cpuid, KnowsModelSpecificRegistersByTheirBit) {
-    FakePlatform platform;
-    platform.processor.setFeatures(0, 0x20);
-    EXPECT_TRUE(cpuHasMsr());
-    platform.processor.setFeatures(0xFFFFFFFF, 0xFFFFFFDF);
-    EXPECT_FALSE(cpuHasMsr());
-}
-
-TEST(Cpuid, ReadsTheBrandStringWhereThereIsOne) {
-    FakePlatform platform;
-    EXPECT_EQ(cpuBrandString(), "");
-    platform.processor.setBrand("   Ovrin(R) Core(TM) i7");
-    EXPECT_EQ(cpuBrandString(), "   Ovrin(R) Core(TM) i7");
-    const std::string full(48, 'x');
-    platform.processor.setBrand(full);
-    EXPECT_EQ(cpuBrandString(), full);
-}
-
 }  // namespace
 }  // namespace vorn

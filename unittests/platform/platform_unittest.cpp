@@ -4,26 +4,10 @@
 
 #include <filesystem>
 
-#include "fakes/fake_platform.h"
 #include "fakes/temporary_directory.h"
 
 namespace vorn {
 namespace {
-
-TEST(ScopedPlatform, StandsInForItsScope) {
-    EXPECT_EQ(&platform(), &nativePlatform());
-    {
-        const FakePlatform outer;
-        Platform* const outerPlatform = &platform();
-        EXPECT_NE(outerPlatform, &nativePlatform());
-        {
-            const FakePlatform inner;
-            EXPECT_NE(&platform(), outerPlatform);
-        }
-        EXPECT_EQ(&platform(), outerPlatform);
-    }
-    EXPECT_EQ(&platform(), &nativePlatform());
-}
 
 TEST(Advice, KeepsEachLineOnceInOrder) {
     Advice advice;
@@ -87,15 +71,6 @@ TEST(NativePlatform, GivesMemoryOfThisMachine) {
     EXPECT_GE(status->total, status->available);
     EXPECT_GT(status->available, 0U);
     EXPECT_GT(memory.installedKilobytes().value_or(0), status->total / 1024U / 2U);
-
-    constexpr std::size_t size = 65536;
-    EXPECT_TRUE(memory.setWorkingSet(size + (std::size_t{20} << 20U)));
-    auto* const block = static_cast<unsigned char*>(memory.allocate(size, true));
-    ASSERT_NE(block, nullptr);
-    EXPECT_TRUE(memory.lock(block, size));
-    block[size - 1] = 0x5A;
-    EXPECT_EQ(block[size - 1], 0x5A);
-    memory.release(block, size);
 }
 
 }  // namespace

@@ -18,6 +18,8 @@ struct Mismatch {
     std::size_t width = 0;       ///< bytes of the unit: 1 or 4
     std::uint32_t expected = 0;  ///< what was written
     std::uint32_t found = 0;     ///< what the verification read, once
+
+    friend bool operator==(const Mismatch&, const Mismatch&) = default;
 };
 
 /// The blocks of one cycle. Owns them: releases at its end what is still held.

@@ -7,7 +7,7 @@
 
 #include "fakes/captured_console.h"
 #include "fakes/fake_platform.h"
-#include "fakes/ran_test.h"
+#include "report/text.h"
 #include "tests/compute/floating_point_recurrence.h"
 #include "tests/compute/floating_point_test.h"
 
@@ -95,21 +95,25 @@ TEST(RunFloatingPoint, GoesOnAfterAnErrorWhenNotToldToStop) {
 // No second passes: no status line, and no rate, whatever was measured before.
 TEST(FloatingPointTest, FailsOnAWrongSum) {
     const FakePlatform platform;
+    const CapturedConsole console;
     Settings settings;
     settings.floatingPointTimer = "3";
-    const RanTest ran = runTestFunction(
-        [](auto&... rest) { return testFloatingPointWith(wrongCycle, rest...); }, settings);
-    EXPECT_EQ(ran.console,
+    VORNTestResult result = VORN_NOT_RUN;
+    TestRecord record;
+    std::string log;
+    testFloatingPointWith(wrongCycle, result, settings, record, log);
+    EXPECT_EQ(console.text(),
               "\n --- Running Floating Point test ---\n\n"
               "MFLOPS       CycleRun     CycleVerified     Error       Time(sec)\n"
               "\nMillion Floating Points per Second, MFLOPS -->0\n"
               "Error -->1\n"
               "\n!!! ---  Floating Point Test Fail --- !!!\n");
-    EXPECT_EQ(ran.log,
+    EXPECT_EQ(log,
               "\n --- Running Floating Point test --- \n\n"
               "\nMillion Floating Points per Second, MFLOPS -->0.000000\n"
               "\n!!! ---  Floating Point Test Fail --- !!!\n");
-    EXPECT_EQ(ran.verdict, "1|Fail|00-009-010|Floating Point Test Fail");
+    EXPECT_EQ(textOf(result, "|", record.status, "|", record.code, "|", record.message),
+              "1|Fail|00-009-010|Floating Point Test Fail");
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include "fakes/captured_console.h"
 #include "fakes/fake_platform.h"
-#include "fakes/ran_test.h"
+#include "report/text.h"
 #include "tests/compute/prime_number_test.h"
 
 namespace vorn {
@@ -85,26 +85,33 @@ TEST(PrimeNumberTest, FailsOnADisprovedPrime) {
     FakePlatform platform;
     Settings settings;
     settings.primeNumGenTimer = "3";
+    VORNTestResult result = VORN_NOT_RUN;
+    TestRecord record;
+    std::string log;
     platform.clock.nanosecondsPerLook = 3000000000;
-    runTestFunction(testPrimeNumber, settings);
+    {
+        const CapturedConsole former;
+        testPrimeNumber(result, settings, record, log);
+    }
     platform.clock.nanosecondsPerLook = 0;
     std::srand(7);
     const int errors = countDisprovedPrimes(PrimeFlags(primeSieveSize, 1));
     std::srand(7);
-    const RanTest ran = runTestFunction(
-        [](auto&... rest) { return testPrimeNumberWith(callEverythingPrime, rest...); }, settings);
-    EXPECT_EQ(ran.console,
-              "\n --- Running Prime Number Generation Test ---\n\n"
-              "Ops Per Sec       CycleRun     CycleVerified     Error       Time(sec)\n"
-              "\nOperation Per Second -->221526\n"
-              "Error -->" +
-                  std::to_string(errors) +
-                  "\n\n!!! ---  Prime Number Generation Test Fail --- !!!\n");
-    EXPECT_EQ(ran.log,
+    const CapturedConsole console;
+    log.clear();
+    testPrimeNumberWith(callEverythingPrime, result, settings, record, log);
+    EXPECT_EQ(console.text(),
+              textOf("\n --- Running Prime Number Generation Test ---\n\n"
+                     "Ops Per Sec       CycleRun     CycleVerified     Error       Time(sec)\n"
+                     "\nOperation Per Second -->221526\n"
+                     "Error -->",
+                     errors, "\n\n!!! ---  Prime Number Generation Test Fail --- !!!\n"));
+    EXPECT_EQ(log,
               "\n --- Running Prime Number Generation Test --- \n\n"
               "\nOperation Per Second-->221526.333333\n"
               "\n!!! ---  Prime Number Generation Test Fail --- !!!\n");
-    EXPECT_EQ(ran.verdict, "1|Fail|00-009-009|Prime Number Generation Test Fail");
+    EXPECT_EQ(textOf(result, "|", record.status, "|", record.code, "|", record.message),
+              "1|Fail|00-009-009|Prime Number Generation Test Fail");
 }
 
 }  // namespace

