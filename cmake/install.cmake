@@ -10,6 +10,12 @@ else()
     set(configuration_dir "${CMAKE_INSTALL_DATADIR}/vorn64")
 endif()
 
+# Outside the system's own folders the loader does not look for the library by itself.
+if(NOT WIN32 AND NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    file(RELATIVE_PATH library_from_program
+        "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(vorn PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
+endif()
 install(TARGETS vorn RUNTIME DESTINATION "${program_dir}")
 install(FILES share/VORNconfig.xml DESTINATION "${configuration_dir}")
 if(NOT WIN32)
