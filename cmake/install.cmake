@@ -10,8 +10,9 @@ else()
     set(configuration_dir "${CMAKE_INSTALL_DATADIR}/vorn64")
 endif()
 
-# Outside the system's own folders the loader does not look for the library by itself.
-if(NOT WIN32 AND NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+# Outside the system's own folders the loader does not look for the library by itself. A static program
+# has no loader, and does not start when it names a path for one.
+if(BUILD_SHARED_LIBS AND NOT WIN32 AND NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     file(RELATIVE_PATH library_from_program
         "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
     set_target_properties(vorn PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
