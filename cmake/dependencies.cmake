@@ -27,3 +27,14 @@ else()
     find_package(benchmark QUIET)
     set(VORN_BENCHMARKS ${benchmark_FOUND})
 endif()
+
+# The compiler's runtime for Windows, which the library, the program and every host share.
+if(WIN32)
+    set(VORN_RUNTIME_LIBRARIES "")
+    foreach(runtime libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+        execute_process(
+            COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime}
+            OUTPUT_VARIABLE runtime_path OUTPUT_STRIP_TRAILING_WHITESPACE)
+        list(APPEND VORN_RUNTIME_LIBRARIES "${runtime_path}")
+    endforeach()
+endif()
