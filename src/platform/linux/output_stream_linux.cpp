@@ -26,7 +26,7 @@ std::string openOutputStream(std::fstream& stream, const std::string& name, Open
         return "not a regular file";
     }
     if (!append && ::ftruncate(file, 0) != 0) {
-        const std::string reason = std::strerror(errno);
+        std::string reason = std::strerror(errno);
         ::close(file);
         return reason;
     }

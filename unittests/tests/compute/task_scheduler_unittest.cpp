@@ -40,10 +40,10 @@ TEST(TaskScheduler, RunsAsManyTasksAtOnceAsItHasWorkers) {
     std::atomic<int> running = 0;
     std::thread::id threads[workers];
     std::vector<std::shared_ptr<RootTask>> roots;
-    for (int index = 0; index < workers; ++index) {
+    for (std::thread::id& thread : threads) {
         roots.push_back(std::make_shared<RootTask>(2));
-        scheduler.spawn(roots.back(), doing([&, index] {
-                            threads[index] = std::this_thread::get_id();
+        scheduler.spawn(roots.back(), doing([&running, &thread] {
+                            thread = std::this_thread::get_id();
                             ++running;
                             waitUntil([&] { return running == workers; });
                         }));
