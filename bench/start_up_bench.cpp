@@ -64,6 +64,7 @@ BENCHMARK(loadOneMegabyte)->ArgName("entries")->Arg(0)->Arg(1)->Unit(benchmark::
 /// The usual report, and a row of the table for each run.
 class TableReporter : public benchmark::ConsoleReporter {
 public:
+    TableReporter() : ConsoleReporter(OO_None) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
