@@ -1,16 +1,47 @@
 // Any file as the configuration: it is read, or refused with an error; every look-up ends.
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <string>
 
 #include "config/configuration.h"
+#include "config/nesting.h"
 #include "fuzzer.h"
+
+namespace {
+
+std::size_t depthOf(const rapidxml::xml_node<char>& node) {
+    std::size_t deepest = 0;
+    for (const auto* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
+        deepest = std::max(deepest, 1 + depthOf(*child));
+    }
+    return node.type() == rapidxml::node_element || node.type() == rapidxml::node_document ? deepest
+                                                                                           : 0;
+}
+
+/// A text in which nothing nests too deep is one for the parser too. Texts count as a level.
+void requireBoundedNesting(std::string text) {
+    constexpr std::size_t levels = 3;
+    if (text.size() > 2000 || vorn::lineNestedBeyond(text.c_str(), levels).has_value()) {
+        return;
+    }
+    rapidxml::xml_document<char> document;
+    try {
+        document.parse<0>(text.data());
+    } catch (const rapidxml::parse_error&) {
+        return;
+    }
+    vorn::require(depthOf(document) <= levels + 2, "nothing nests deeper than was looked for");
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const std::string path = "/tmp/vorn-fuzz-" + std::to_string(::getpid()) + ".xml";
     std::ofstream(path, std::ios::binary) << vorn::inputText(data, size);
+    requireBoundedNesting(std::string(vorn::inputText(data, size)));
     vorn::ConfigurationDocument document;
     vorn::Settings settings;
     try {

@@ -159,8 +159,11 @@ PassFailFile::PassFailFile(const Settings& settings)
       passText_(settings.outputPassText.empty() ? "PASS" : settings.outputPassText),
       failText_(settings.outputFailText.empty() ? "FAIL" : settings.outputFailText) {}
 
-void PassFailFile::begin() {
+void PassFailFile::removeFormer() {
     std::remove(passFailFileName);
+}
+
+void PassFailFile::begin() {
     if (enabled_) {
         write(failText_);
     }

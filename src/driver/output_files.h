@@ -90,7 +90,10 @@ class PassFailFile {
 public:
     explicit PassFailFile(const Settings& settings);
 
-    /// Removes what an earlier run left, and writes the pending file with the fail text.
+    /// Removes what an earlier run left: whatever comes of this one, it does not read as a pass.
+    static void removeFormer();
+
+    /// Writes the pending file with the fail text.
     void begin();
 
     /// Rewrites the pending file for a run that passed.

@@ -23,9 +23,9 @@ std::string localTime() {
 }
 
 /// Processors of this run: a positive "@CPUCount", else the packages of the machine.
-unsigned processorCount(const Settings& settings) {
-    const long configured = std::strtol(settings.cpuCount.c_str(), nullptr, 10);
-    return configured > 0 ? static_cast<unsigned>(configured) : platform().processor.packageCount();
+std::int64_t processorCount(const Settings& settings) {
+    const std::int64_t configured = leadingInteger64(settings.cpuCount);
+    return configured > 0 ? configured : platform().processor.packageCount();
 }
 
 bool stopsOnFail(const Settings& settings) {
@@ -338,5 +338,7 @@ void Run::announce(const std::string& text, const std::string& fileEnds) {
 }  // namespace vorn
 
 int run(int argc, char** argv) {
+    // Before anything can fail, the configuration included.
+    vorn::PassFailFile::removeFormer();
     return vorn::Run(argc < 2 ? "1" : argv[1]).execute();
 }
