@@ -38,20 +38,25 @@ TEST(TaskScheduler, RunsAsManyTasksAtOnceAsItHasWorkers) {
     constexpr int workers = 4;
     TaskScheduler scheduler(workers);
     std::atomic<int> running = 0;
-    std::thread::id threads[workers];
+    std::atomic<bool> released = false;
+    std::thread::id threads[workers + 1];
     std::vector<std::shared_ptr<RootTask>> roots;
     for (std::thread::id& thread : threads) {
         roots.push_back(std::make_shared<RootTask>(2));
-        scheduler.spawn(roots.back(), doing([&running, &thread] {
+        scheduler.spawn(roots.back(), doing([&running, &released, &thread] {
                             thread = std::this_thread::get_id();
                             ++running;
-                            waitUntil([&] { return running == workers; });
+                            waitUntil([&] { return released.load(); });
                         }));
     }
+    waitUntil([&] { return running >= workers; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(running, workers) << "the last one waits for a worker";
+    released = true;
     for (const auto& root : roots) {
         scheduler.waitForAll(*root);
     }
-    EXPECT_EQ(std::count(threads, threads + workers, std::this_thread::get_id()), 0);
+    EXPECT_EQ(std::count(std::begin(threads), std::end(threads), std::this_thread::get_id()), 0);
 }
 
 TEST(TaskScheduler, WaitsForEveryChildAndItsSuccessors) {
