@@ -4,8 +4,8 @@
 Usage: isa_disassembly.py OBJDUMP BINARY
 
 Disassembles the library or the static program and looks in each routine for its instructions: each at
-least as often as the routine executes it, MMX on MMX registers, AVX on 256-bit ones. The scalar side
-of the AVX race must hold no packed arithmetic. Exit status 0 when all is as it should be, else 1.
+least as often as the routine executes it, MMX on MMX registers, AVX on 256-bit ones. What packed
+arithmetic is compared with must hold none. Exit status 0 when all is as it should be, else 1.
 """
 
 import collections
@@ -45,6 +45,9 @@ ROUTINES = {
                  "crc32w? %(?:[a-d]x|[sd]i|r[0-9]+w),": 1,
                  "crc32l? %(?:e..|r[0-9]+d),": 1,
                  "crc32q? %(?:r[a-z].|r[0-9]+),": 1},
+    "scalarDotProduct": {"mulss": 1, "addss": 1},
+    "scalarComplexProduct": {"mulsd": 4, "subsd": 1, "addsd": 1},
+    "scalarSad": {"sub": 1},
     "referenceKernel": {"mulsd": 2, "addsd": 2},
     "avxKernel": {"vmov[au]p[ds] %ymm": 3, "vperm2f128 %ymm": 1, "vpermilpd %ymm": 1,
                   "vmulpd %ymm": 2, "vaddpd %ymm": 2},
@@ -59,9 +62,13 @@ ROUTINES = {
 }
 
 # What a routine must not hold: mnemonic and operands against a pattern.
+PACKED = r"^v|^(mul|add|sub|hadd|movddup|unpckl|unpckh|shuf)\w*p[sd]\b"
 FORBIDDEN = {
     "mmxDotProduct": r"%[xy]mm",
-    "referenceKernel": r"^v|^(mul|add|hadd|movddup|unpckl|unpckh|shuf)\w*pd\b",
+    "scalarDotProduct": PACKED,
+    "scalarComplexProduct": PACKED,
+    "scalarSad": r"%[xy]?mm",
+    "referenceKernel": PACKED,
 }
 
 

@@ -32,22 +32,10 @@ __attribute__((always_inline)) inline std::int32_t extractDword(__m128i vector) 
     return value;
 }
 
-using Bytes = VectorLanes<std::uint8_t>;
-
-constexpr Bytes sadFirst{0x0f, 0x3c, 0x37, 0x1f, 0x00, 0x01, 0x02, 0x04,
-                         0x08, 0x10, 0x20, 0x40, 0x80, 0xff, 0x01, 0x11};
-constexpr Bytes sadSecond{0x02, 0x04, 0x08, 0x40, 0xff, 0x00, 0x01, 0x10,
-                          0x20, 0x40, 0x80, 0xff, 0x4b, 0x1f, 0x2a, 0x0b};
-
-/// Sum of absolute differences of four bytes of `first` from 4 + `offset` on and bytes 4 to 7 of
-/// `second`, in scalar arithmetic.
-std::uint16_t scalarSad(const Bytes& first, const Bytes& second, std::size_t offset) {
-    int sum = 0;
-    for (std::size_t k = 0; k < 4; ++k) {
-        sum += std::abs(first.at(4 + offset + k) - second.at(4 + k));
-    }
-    return static_cast<std::uint16_t>(sum);
-}
+constexpr ByteVector sadFirst{0x0f, 0x3c, 0x37, 0x1f, 0x00, 0x01, 0x02, 0x04,
+                              0x08, 0x10, 0x20, 0x40, 0x80, 0xff, 0x01, 0x11};
+constexpr ByteVector sadSecond{0x02, 0x04, 0x08, 0x40, 0xff, 0x00, 0x01, 0x10,
+                               0x20, 0x40, 0x80, 0xff, 0x4b, 0x1f, 0x2a, 0x0b};
 
 }  // namespace
 
@@ -144,15 +132,11 @@ __attribute__((noinline, target("sse4.1"))) Actual sse41DotProduct() {
 
 __attribute__((noinline, target("sse4.1"))) Actual sse41Arithmetic() {
     Actual actual;
-    Bytes first = sadFirst;
-    Bytes second = sadSecond;
-    makeOpaque(first);
-    makeOpaque(second);
     const __m128i sad =
-        _mm_mpsadbw_epu8(operandOf<std::uint8_t>(first), operandOf<std::uint8_t>(second), 5);
+        _mm_mpsadbw_epu8(operandOf<std::uint8_t>(sadFirst), operandOf<std::uint8_t>(sadSecond), 5);
     const VectorLanes<std::uint16_t> sums = lanesOf<std::uint16_t>(sad);
     for (std::size_t lane = 0; lane < sums.size(); ++lane) {
-        actual.lanes.push_back(laneValue(scalarSad(first, second, lane)));
+        actual.lanes.push_back(laneValue(scalarSad(sadFirst, sadSecond, lane)));
         actual.lanes.push_back(laneValue(sums.at(lane)));
     }
 

@@ -266,7 +266,9 @@ TEST(MmxSseKernels, ComputeProductsOfOtherOperands) {
     const Complex second{-2, 0.25};
     EXPECT_EQ(mmxDotProduct(words, otherWords), 9374);
     EXPECT_EQ(sseDotProduct(floats, otherFloats), 9374.0F);
+    EXPECT_EQ(scalarDotProduct(floats, otherFloats), 9374.0F);
     EXPECT_EQ(sse2ComplexProduct(first, second), (Complex{-1.25, 14.375}));
+    EXPECT_EQ(scalarComplexProduct(first, second), (Complex{-1.25, 14.375}));
     if (hostReports(mmxSseExtensions()[3])) {
         EXPECT_EQ(sse3ComplexProduct(first, second), (Complex{-1.25, 14.375}));
     }
