@@ -9,6 +9,7 @@
 #include "driver/sequence.h"
 #include "interface/catalogue.h"
 #include "interface/common_runner.h"
+#include "platform/numeric_locale.h"
 #include "platform/platform.h"
 #include "report/report.h"
 #include "tests/cpu/genuine_processor_test.h"
@@ -338,6 +339,7 @@ void Run::announce(const std::string& text, const std::string& fileEnds) {
 }  // namespace vorn
 
 int run(int argc, char** argv) {
+    const vorn::NumericLocale numbers;
     // Before anything can fail, the configuration included.
     vorn::PassFailFile::removeFormer();
     return vorn::Run(argc < 2 ? "1" : argv[1]).execute();

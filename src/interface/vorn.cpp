@@ -3,6 +3,7 @@
 #include "config/configuration.h"
 #include "interface/catalogue.h"
 #include "interface/common_runner.h"
+#include "platform/numeric_locale.h"
 #include "platform/platform.h"
 #include "report/report.h"
 
@@ -61,6 +62,7 @@ VORN& VORN::operator=(const VORN& other) = default;
 VORN::~VORN() = default;
 
 VORNTestResult VORN::runTest(Test test, std::streambuf* out) {
+    const NumericLocale numbers;
     bindReportStream(out);
     TextData results;
     TextData report;

@@ -27,14 +27,17 @@ void removeWord(std::string& text, std::string_view word) {
     text.resize(kept);
 }
 
-/// Whether digits, and not a word such as "nan", are the first thing after blanks and a sign.
-bool beginsWithNumber(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(" \t\n\v\f\r");
-    const std::size_t digits =
-        first != std::string::npos && (text[first] == '+' || text[first] == '-') ? first + 1
-                                                                                 : first;
-    return digits < text.size() &&
-           std::string_view("0123456789.").find(text[digits]) != std::string_view::npos;
+/// Whether decimal digits, and neither a word such as "nan" nor "0x", whose leading number is 0,
+/// are the first thing after blanks and a sign.
+bool beginsWithNumber(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (!text.empty() && (text.front() == '+' || text.front() == '-')) {
+        text.remove_prefix(1);
+    }
+    const bool hexadecimal =
+        text.size() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    return !text.empty() && !hexadecimal &&
+           std::string_view("0123456789.").find(text.front()) != std::string_view::npos;
 }
 
 }  // namespace

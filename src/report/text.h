@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -12,10 +13,12 @@ namespace vorn {
 /// `text` with the ASCII letters a to z in upper case, whatever the locale.
 std::string upperCase(std::string_view text);
 
-/// The values one after the other, each formatted as a fresh text stream formats it.
+/// The values one after the other, each formatted as a fresh text stream formats it, whatever
+/// the locale.
 template <typename... Values>
 std::string textOf(const Values&... values) {
     std::ostringstream stream;
+    stream.imbue(std::locale::classic());
     (stream << ... << values);
     return stream.str();
 }

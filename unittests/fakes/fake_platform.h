@@ -8,10 +8,12 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "fakes/comma_locale.h"
 #include "fakes/fake_device_setup.h"
 #include "fakes/fake_display.h"
 #include "fakes/fake_physical_memory.h"
@@ -151,6 +153,7 @@ public:
     FakeDeviceSetup devices;
     FakeDisplay display;
     Advice advice;
+    std::optional<CommaLocale> hostLocale;
 
 private:
     Platform platform_;

@@ -53,7 +53,7 @@ TEST(LeadingFloat, ReadsTheNumberAtTheStart) {
     EXPECT_EQ(leadingFloat(" 1066.5 MHz"), 1066.5F);
     EXPECT_EQ(leadingFloat("fast"), 0.0F);
     EXPECT_EQ(leadingDouble(" -.125e1%"), -1.25);
-    for (const char* word : {"Nano", "-inf", "+", "infinity", " "}) {
+    for (const char* word : {"Nano", "-inf", "+", "infinity", " ", "0x20", " -0X1p3"}) {
         EXPECT_EQ(leadingFloat(word), 0.0F);
         EXPECT_EQ(leadingDouble(word), 0.0);
     }

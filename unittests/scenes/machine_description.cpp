@@ -210,6 +210,7 @@ const std::map<std::string, void (*)(M& machine, V& values)> words{
          m.temperatureSensors.sensors.push_back({current, v.decimal<long>()});
      }},
     {"display", setDisplay},
+    {"decimal-comma", [](M& m, V&) { m.hostLocale.emplace(); }},
 };
 
 }  // namespace
