@@ -14,6 +14,7 @@ import importlib
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -193,11 +194,13 @@ def prepare(case, directory):
 
 def run_program(command, directory, environment, timeout, text_input=""):
     process = subprocess.Popen(command, cwd=directory, env=environment, stdin=subprocess.PIPE,
-                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                               start_new_session=True)
     try:
         console, errors = process.communicate(text_input.encode(), timeout=timeout)
     except subprocess.TimeoutExpired:
-        process.kill()
+        # What it started, too: that may hold the pipes.
+        os.killpg(process.pid, signal.SIGKILL)
         console, errors = process.communicate()
         errors += b"\n(no end within the time limit)"
     decode = lambda data: data.decode("latin-1").replace("\r\n", "\n")

@@ -1,4 +1,5 @@
-// The primary display on Linux: the X server that DISPLAY names, through its rotation extension.
+// The primary display on Linux: the primary monitor of the X server that DISPLAY names, through the
+// server's extension for resizing and rotating (1.3 or later).
 #pragma once
 
 #include "platform/display.h"
