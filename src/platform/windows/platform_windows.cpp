@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -28,23 +29,34 @@ namespace {
 class WindowsProcessor : public X86Processor {
 public:
     unsigned packageCount() override {
+        // The older call tells of the thread's own group of at most 64 logical processors alone.
         DWORD size = 0;
-        GetLogicalProcessorInformation(nullptr, &size);
-        std::vector<SYSTEM_LOGICAL_PROCESSOR_INFORMATION> entries(
-            size / sizeof(SYSTEM_LOGICAL_PROCESSOR_INFORMATION));
-        if (entries.empty() || GetLogicalProcessorInformation(entries.data(), &size) == 0) {
+        GetLogicalProcessorInformationEx(RelationProcessorPackage, nullptr, &size);
+        std::vector<std::byte> records(size);
+        if (GetLogicalProcessorInformationEx(
+                RelationProcessorPackage,
+                reinterpret_cast<SYSTEM_LOGICAL_PROCESSOR_INFORMATION_EX*>(records.data()),
+                &size) == 0) {
             return 1;
         }
         unsigned packages = 0;
-        for (const SYSTEM_LOGICAL_PROCESSOR_INFORMATION& entry : entries) {
-            if (entry.Relationship == RelationProcessorPackage) {
-                ++packages;
-            }
+        for (DWORD offset = 0; offset < size; ++packages) {
+            DWORD length = 0;
+            std::memcpy(
+                &length,
+                records.data() + offset + offsetof(SYSTEM_LOGICAL_PROCESSOR_INFORMATION_EX, Size),
+                sizeof length);
+            offset += length;
         }
         return packages == 0 ? 1U : packages;
     }
 
-    unsigned currentLogicalProcessor() override { return GetCurrentProcessorNumber(); }
+    unsigned currentLogicalProcessor() override {
+        constexpr unsigned processorsInGroup = 64;
+        PROCESSOR_NUMBER number{};
+        GetCurrentProcessorNumberEx(&number);
+        return number.Group * processorsInGroup + number.Number;
+    }
 };
 
 class WindowsClock : public Clock {
