@@ -76,6 +76,26 @@ TEST_F(LinuxRing0Test, SaysWhyItCannotStart) {
     EXPECT_NE(advice_.lines()[1].find("modprobe msr"), std::string::npos);
 }
 
+TEST_F(LinuxRing0Test, WritesARegisterOrSaysWhyNot) {
+    TemporaryDirectory::write("registers", registers_);
+    const auto everyDeviceIs = [](const char* target) {
+        for (const auto& processor : std::filesystem::directory_iterator("dev/cpu")) {
+            std::filesystem::remove(processor.path() / "msr");
+            std::filesystem::create_symlink(std::filesystem::absolute(target),
+                                            processor.path() / "msr");
+        }
+    };
+    everyDeviceIs("registers");
+    ring0_.initialize();
+    EXPECT_NE(ring0_.writeMsr(0xCD, 0x04030201, 0x08070605), 0U);
+    EXPECT_EQ(TemporaryDirectory::read("registers").substr(0xCD), "\x01\x02\x03\x04\x05\x06\a\b");
+    EXPECT_TRUE(advice_.lines().empty());
+    everyDeviceIs("/dev/full");
+    EXPECT_EQ(ring0_.writeMsr(0xCD, 0, 0), 0U);
+    ASSERT_EQ(advice_.lines().size(), 1U);
+    EXPECT_NE(advice_.lines()[0].find("hypervisor"), std::string::npos);
+}
+
 TEST_F(LinuxRing0Test, RefusesEverythingBeforeAndAfterItIsOpen) {
     std::uint32_t low = 1;
     std::uint32_t high = 2;

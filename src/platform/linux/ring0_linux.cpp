@@ -119,15 +119,26 @@ std::uint32_t LinuxRing0Library::writeMsr(std::uint32_t index, std::uint32_t low
     if (status_ != ready) {
         return 0;
     }
+    errno = 0;
     const File msr(msrPath(), O_WRONLY | O_CLOEXEC);
     const MsrHalves halves{low, high};
-    if (!msr.isOpen() || !msr.write(&halves, sizeof halves, static_cast<off_t>(index))) {
+    if (msr.isOpen() && msr.write(&halves, sizeof halves, static_cast<off_t>(index))) {
+        return 1;
+    }
+    if (errno == EACCES) {
+        advice_.add("The MSR device " + msrPath() +
+                    " may not be written by this user: run as root.");
+    } else if (errno == EPERM) {
         advice_.add(
             "The kernel refuses writes to model-specific registers: boot with "
-            "\"msr.allow_writes=on\" to permit them.");
-        return 0;
+            "\"msr.allow_writes=on\", and disable kernel lockdown (Secure Boot) if it is in "
+            "force.");
+    } else {
+        advice_.add(
+            "A write to a model-specific register failed: the processor, or the hypervisor "
+            "that it runs under, does not take it.");
     }
-    return 1;
+    return 0;
 }
 
 bool LinuxRing0Library::readPci(std::uint32_t address, std::uint32_t offset, void* value,
