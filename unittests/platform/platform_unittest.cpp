@@ -47,7 +47,7 @@ TEST(NativeInterpreter, StartsAProgramWhateverItsPathHolds) {
     const TemporaryDirectory directory;
     CommandInterpreter& interpreter = nativePlatform().interpreter;
     for (const char* folder : {"", "plain/", "two words/", "it's/", "a&b (c)/", "x=1/",
-                               "semi;colon,^/", "$HOME/", "!#~`[]{}+@/"}) {
+                               "semi;colon,^/", "-x/", "$HOME/", "!#~`[]{}+@/"}) {
         SCOPED_TRACE(folder);
         const std::string path = folder + scriptName;
         TemporaryDirectory::write(path, echoScript);

@@ -104,8 +104,10 @@ public:
         return ::stat(path.c_str(), &status) == 0;
     }
     std::string programWord(const std::string& path) const override {
-        // A name alone would be looked up in the search path.
-        const std::string program = path.find('/') == std::string::npos ? "./" + path : path;
+        // A name alone would be looked up in the search path, and a line that begins with a hyphen
+        // would be the shell's options.
+        const bool needsDirectory = path.find('/') == std::string::npos || path.front() == '-';
+        const std::string program = needsDirectory ? "./" + path : path;
         return std::all_of(program.begin(), program.end(), isPlain) ? program
                                                                     : singleQuoted(program);
     }
