@@ -55,13 +55,13 @@ BaseClock measure(Closing closing) {
         clock.measured = driverUnavailable;
         return clock;
     }
-    const std::uint64_t ratio = maximumNonTurboRatio(platformInfo);
-    if (ratio == 0) {
+    clock.ratio = maximumNonTurboRatio(platformInfo);
+    if (clock.ratio == 0) {
         return clock;
     }
     const double rate = timestampRate();
     clock.measured =
-        rate == baseClockDisturbed ? baseClockDisturbed : rate / static_cast<double>(ratio);
+        rate == baseClockDisturbed ? baseClockDisturbed : rate / static_cast<double>(clock.ratio);
     return clock;
 }
 

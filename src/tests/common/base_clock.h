@@ -30,6 +30,7 @@ double nominalBaseClock(const FamilyModel& processor);
 struct BaseClock {
     double measured = 0.0;
     double expected = 0.0;
+    std::uint64_t ratio = 0;  ///< maximum non-turbo ratio; 0 when the register does not give one
 };
 
 /// Measures the base clock of this processor: ticks of the time-stamp counter in one second, by the

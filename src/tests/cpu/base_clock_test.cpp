@@ -52,7 +52,9 @@ std::string testBaseClock(VORNTestResult& result, const Settings& settings, Test
     report.header("Reading Base Clock");
     if (clock.measured == 0.0) {
         return stopWithoutVerdict(report, result,
-                                  "This CPU does not give its maximum non-turbo ratio");
+                                  clock.ratio == 0
+                                      ? "This CPU does not give its maximum non-turbo ratio"
+                                      : "The time-stamp counter of this CPU stands still");
     }
     report.compare(textOf(clock.expected, " MHz"), textOf(clock.measured, " MHz"));
     Report::console();

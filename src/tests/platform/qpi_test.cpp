@@ -166,6 +166,7 @@ void testLinks(VORNTestResult& result, const Settings& settings, WorkingTexts& t
 }  // namespace
 
 int measureQpiRates(std::vector<QpiRate>& rates) {
+    rates.clear();
     const LinkSearch search = findLinks();
     if (!search.anyRead) {
         return qpiNoReadSucceeded;
