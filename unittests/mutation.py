@@ -11,6 +11,7 @@ one of them does not stand in mutation_survivors.txt beside this file, with its 
 
 import argparse
 import fnmatch
+import os
 import random
 import re
 import shutil
@@ -86,6 +87,10 @@ def main():
     programs = sorted({p for f in files for p in programs_for(f)})
     if subprocess.run(["ninja", "-C", build / "build", *programs], **quiet).returncode != 0:
         sys.exit("the unchanged sources do not build")
+    wanted = "^(" + "|".join(programs) + ")$"
+    if subprocess.run(["ctest", "--test-dir", build / "build", "-R", wanted], **quiet).returncode != 0:
+        sys.exit("the unchanged sources do not pass")
+    environment = {**os.environ, "LOCPATH": str(build / "build" / "unittests" / "locales")}
 
     known = HERE / "mutation_survivors.txt"
     explained = known.read_text() if known.exists() else ""
@@ -104,8 +109,9 @@ def main():
                 try:
                     # Scenes that execute instructions take seconds and tell nothing of other tests.
                     scenes = "*" if path.parent.name == "isa" else "-Scene_isa*"
-                    result = subprocess.run([build / "build" / "bin" / name, "--gtest_fail_fast",
-                                             "--gtest_filter=" + scenes], timeout=60, cwd=build, **quiet)
+                    command = [build / "build" / "bin" / name, "--gtest_fail_fast",
+                               "--gtest_filter=" + scenes]
+                    result = subprocess.run(command, cwd=build, env=environment, timeout=60, **quiet)
                     failed = result.returncode != 0
                 except subprocess.TimeoutExpired:
                     failed = True
