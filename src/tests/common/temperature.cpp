@@ -44,20 +44,17 @@ std::optional<double> marginOfSensors() {
 }  // namespace
 
 double readTemperatureMargin(std::string& text) {
-    bool driverFailed = false;
     std::optional<double> margin;
     if (cpuHasMsr()) {
-        driverFailed = !openRing0();
-        if (!driverFailed) {
+        if (openRing0()) {
             margin = marginOfRegister();
+        } else {
+            Report(text).both("DLL not initialized");
         }
         closeRing0();
     }
     if (!margin) {
         margin = marginOfSensors();
-    }
-    if (!margin && driverFailed) {
-        Report(text).both("DLL not initialized");
     }
     return margin.value_or(noTemperatureReading);
 }
