@@ -24,8 +24,8 @@ std::string textOf(const Values&... values) {
 }
 
 /// The leading decimal number of `text` (an optional sign, digits, a fraction, an exponent, as
-/// strtof and strtod read it); 0 when there is none, also for a word that these take as an infinity
-/// or as no number.
+/// strtof and strtod read it); 0 when there is none, also for what these take as an infinity, as no
+/// number or as hexadecimal.
 float leadingFloat(const std::string& text);
 double leadingDouble(const std::string& text);
 

@@ -134,9 +134,9 @@ std::uint32_t LinuxRing0Library::writeMsr(std::uint32_t index, std::uint32_t low
             "\"msr.allow_writes=on\", and disable kernel lockdown (Secure Boot) if it is in "
             "force.");
     } else {
-        advice_.add(
-            "A write to a model-specific register failed: the processor, or the hypervisor "
-            "that it runs under, does not take it.");
+        advice_.add("A write to a model-specific register failed (" +
+                    std::string(std::strerror(errno)) +
+                    "): the processor, or the hypervisor that it runs under, may not take it.");
     }
     return 0;
 }
